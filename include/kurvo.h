@@ -1,0 +1,336 @@
+/* kurvo.h: the public C interface of the kurvo full-text indexing library.
+ *
+ * Conventions that hold for every function below:
+ *
+ * - Handles are untyped pointers owned by the library. An index comes from
+ *   kCreateNewIndex and is released with kidxClearIndex; table handles come
+ *   from the index (kidxGetWords, kidxGetFiles, kidxGetSkipWords,
+ *   kidxGetLinks) and become invalid when the index empties, replaces or frees
+ *   its tables (kidxEmptyIndex, kidxNewFileLinks, kidxClearIndex): ask again
+ *   after such calls. A record handle from kfsGetInfo stays valid until the
+ *   file table grows. Handles are never checked: null or stale handles are
+ *   host errors.
+ * - Errors are delivered to the error callback as a message key (a fixed
+ *   identifier such as "StorageReadError") and one argument text; warnings
+ *   likewise to the warning callback. Functions marked CAUGHT then return
+ *   their neutral result (nothing, NULL or 0). Functions marked THROWS let the
+ *   error leave as a C++ exception of type int (value 1) after the callback
+ *   has run: a C++ host must catch it, a C host must only call them where no
+ *   error can arise (valid handles, valid offsets).
+ * - Texts passed to callbacks are owned by the library and valid only during
+ *   the call. Texts returned by the table functions point into the library's
+ *   memory and stay valid until the table grows or is freed.
+ * - Times cross this interface as double seconds since 1904-01-01 00:00 UTC;
+ *   subtract 2082844800.0 to get Unix time.
+ * - Everything runs on the caller's thread; the library locks nothing, so
+ *   one index must be driven by one thread at a time.
+ */
+#ifndef KURVO_H
+#define KURVO_H
+
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
+#if defined(__GNUC__)
+#define KURVO_API __attribute__((visibility("default")))
+#else
+#define KURVO_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------- callbacks */
+
+/* Receives an error or a warning: a message key and its argument. Must return
+ * normally. */
+typedef void (*KurvoMessageCallback)(const char *key, const char *argument);
+
+/* Receives a status (progress) message. fromLibrary is 1 for the library's own
+ * reports and 0 for texts the host passed through kSetStatus. Returning 0 asks
+ * a running directory walk or prune to halt ("HaltRequested") and stops
+ * decoding for display; any other value lets the work go on. */
+typedef int (*KurvoStatusCallback)(const char *key, const char *argument, int fromLibrary);
+
+/* Install the error, warning and status callbacks, process-wide. NULL turns a
+ * channel off; errors and warnings still end the operation that raised them. */
+KURVO_API void kSetThrowCallBack(KurvoMessageCallback cb);
+KURVO_API void kSetWarningCallBack(KurvoMessageCallback cb);
+KURVO_API void kSetStatusCallBack(KurvoStatusCallback cb);
+
+/* Pass the host's own status text through the status callback (fromLibrary 0).
+ * Returns the callback's answer, or 1 when none is installed. */
+KURVO_API int kSetStatus(const char *key, const char *argument);
+
+/* Write text (no terminator, no newline added) to descriptor 1 with a single
+ * write(2). Returns write's result: the bytes written, 0 for "", -1 on error. */
+KURVO_API int kRawStdoutWrite(const char *text);
+
+/* ------------------------------------------------------------- process-wide */
+
+/* Create an index on storagePath (a folder path ending in "/"; give it at least
+ * four '/' so that the folder three levels up, which holds "skipfile.txt" and
+ * "externanalyzers.txt", is defined). create != 0 builds new empty tables;
+ * create == 0 reopens the index stored there by kidxStoreStorage.
+ * CAUGHT: NULL on error ("StorageReadError" when there is no "hash"). */
+KURVO_API void *kCreateNewIndex(int create, const char *storagePath);
+
+/* 1 when name matches pattern: case-insensitive terms with '*' and '?',
+ * joined by '|' (or) and '&' (and), '^' negating a term. */
+KURVO_API int kFileNameMatch(const char *name, const char *pattern);
+
+/* Release a block that the library allocated and handed to the host. */
+KURVO_API void kDeleteChar(void *block);
+
+/* Encipher length bytes of input with the built-in key: writes length + 10
+ * bytes to output (a 10-byte fixed prefix, then the ciphertext). Equal
+ * plaintexts give equal ciphertexts. The caller owns both buffers. */
+KURVO_API void kEncipher(const unsigned char *input, unsigned int length, unsigned char *output);
+
+/* Decipher a ciphertext of length bytes (prefix included, length >= 10):
+ * writes length - 10 bytes to output. The caller owns both buffers. */
+KURVO_API void kDecipher(const unsigned char *input, unsigned int length, unsigned char *output);
+
+/* Write 2 * length upper-case hex digits and, when length > 0, a NUL to output
+ * (which needs 2 * length + 1 bytes). Nothing at all is written for length 0. */
+KURVO_API void convertToHex(unsigned int length, const unsigned char *input, char *output);
+
+/* Read 2 * length hex digits (either case) and write length bytes. Digits are
+ * not validated. */
+KURVO_API void convertFromHex(const char *input, unsigned int length, unsigned char *output);
+
+/* -------------------------------------------------------------------- index */
+
+/* Close the index's tables (nothing is stored) and free it. CAUGHT. The handle
+ * must not be NULL. */
+KURVO_API void kidxClearIndex(void *index);
+
+/* Build the analyzer registry: the built-in analyzers, then the external ones
+ * read from "externanalyzers.txt". Call before setting include patterns.
+ * THROWS "externalAnalyzersFileTooBig". */
+KURVO_API void kidxCreateAnalyzers(void *index);
+
+/* Free all include (exclude) patterns and make room for count new ones, all
+ * unset. THROWS nothing in practice. */
+KURVO_API void kidxSetIncludeCount(void *index, int count);
+KURVO_API void kidxSetExcludeCount(void *index, int count);
+
+/* Store include pattern i (0 <= i < count) with the analyzer that handles the
+ * files it selects ("generic" when analyzerName is NULL or ""). CAUGHT: an
+ * unregistered name raises the warning "AnalyzerNotFound"; the pattern is then
+ * stored without an analyzer. Set each slot once. */
+KURVO_API void kidxSetIncludePattern(void *index, int i, const char *pattern, const char *analyzerName);
+
+/* Store exclude pattern i (0 <= i < count). Set each slot once. */
+KURVO_API void kidxSetExcludePattern(void *index, int i, const char *pattern);
+
+/* 1 when files below the folder path can still match pattern. */
+KURVO_API int kidxDirMatch(void *index, const char *path, const char *pattern);
+
+/* 1 when the lower-case index word matches the lower-case query pattern,
+ * where '*' and '?' are wildcards unless the character masks make them word
+ * characters. THROWS nothing in practice. */
+KURVO_API int kidxDoesWordMatch(void *index, const char *word, const char *pattern);
+
+/* Start the index afresh in its storage folder (new empty file and word
+ * tables, counters zeroed, skip words kept). Call kidxNewFileLinks next.
+ * CAUGHT. */
+KURVO_API void kidxEmptyIndex(void *index);
+
+/* Create the file-link table and the word-link list for a full build. CAUGHT. */
+KURVO_API void kidxNewFileLinks(void *index);
+
+/* Rebuild the skip-word table from the skip file (kidxSetSkipFilePath, or
+ * "skipfile.txt" three folders above the storage folder). CAUGHT:
+ * "SkipOpenFail" with the path when the file cannot be opened. */
+KURVO_API void kidxIndexExclusions(void *index);
+
+/* Record one occurrence of a lower-case word in the file with that record
+ * number. CAUGHT. */
+KURVO_API void kidxIndexWord(void *index, const char *word, unsigned int fileNumber);
+
+/* Walk folderPath and index every file the patterns select, recording them
+ * under parentId (the folder's own record, added by the host with kfsAddFile).
+ * CAUGHT: "HaltRequested" when the status callback answered 0. */
+KURVO_API void kidxIndexDirectory(void *index, const char *folderPath, unsigned int parentId);
+
+/* Bring a reopened index up to date with the disk: mark vanished files
+ * deleted, re-index files newer than the time base, walk changed folders.
+ * Makes the tables writable. CAUGHT. */
+KURVO_API void kidxPrune(void *index);
+
+/* Turn the word-link list into one file list per word and delete the word-link
+ * file. CAUGHT; after an error the index holds no tables and must be reopened. */
+KURVO_API void kidxCompressLinks(void *index);
+
+/* Make the tables read-only and write the summary file folder + "hash".
+ * CAUGHT: "StorageReadError" with folder when it cannot be written. */
+KURVO_API void kidxStoreStorage(void *index, const char *folder);
+
+/* Open a contents viewer on file record fileNumber: its display text is at
+ * most maxLength bytes, wrapped at wrapWidth columns (0: no wrapping).
+ * displayFlag asks analyzers of mark-up to drop tags; defaultDistance is the
+ * proximity used by a query's "<" without a number. CAUGHT: NULL on error.
+ * Release with kfcDeleteContentsObject. */
+KURVO_API void *kidxGetFileContents(void *index, unsigned int fileNumber, unsigned int maxLength,
+                                    int wrapWidth, bool displayFlag, int defaultDistance);
+
+/* The index's tables; owned by the index, never freed by the host. */
+KURVO_API void *kidxGetWords(void *index);
+KURVO_API void *kidxGetFiles(void *index);
+KURVO_API void *kidxGetSkipWords(void *index);
+KURVO_API void *kidxGetLinks(void *index);
+
+/* Counters: bytes read, folders opened, records added, files whose contents
+ * were indexed, distinct words added. */
+KURVO_API double kidxGetBytesRead(void *index);
+KURVO_API unsigned int kidxGetDirectoriesRead(void *index);
+KURVO_API unsigned int kidxGetFilesIndexed(void *index);
+KURVO_API unsigned int kidxGetContentsIndexed(void *index);
+KURVO_API unsigned int kidxGetWordsIndexed(void *index);
+KURVO_API void kidxSetBytesRead(void *index, double value);
+KURVO_API void kidxSetDirectoriesRead(void *index, unsigned int value);
+KURVO_API void kidxSetFilesIndexed(void *index, unsigned int value);
+KURVO_API void kidxSetContentsIndexed(void *index, unsigned int value);
+KURVO_API void kidxSetWordsIndexed(void *index, unsigned int value);
+
+/* Settings. Word lengths default to 3 and 16 (a maximum of 0 means 100; words
+ * of maximum + 1 characters are still taken). MaxPerFileRead limits the bytes
+ * read from one file and must be set before indexing. UseRanking (default 1)
+ * keeps a per-file occurrence count; set it before kidxNewFileLinks. TrackAll
+ * (default 1) records files no include pattern selects. ShowStatus > 0 sends
+ * progress to the status callback (> 1 also per-file byte counts). IsUpdate
+ * marks an update run. NumberHandling, InternationalChar and SavePassword are
+ * only kept for the host. */
+KURVO_API void kidxSetMinWordLength(void *index, int value);
+KURVO_API void kidxSetMaxWordLength(void *index, int value);
+KURVO_API void kidxSetMaxPerFileRead(void *index, int value);
+KURVO_API void kidxSetNumberHandling(void *index, int value);
+KURVO_API void kidxSetInternationalChar(void *index, int value);
+KURVO_API void kidxSetTrackAll(void *index, int value);
+KURVO_API void kidxSetUseRanking(void *index, int value);
+KURVO_API void kidxSetSavePassword(void *index, int value);
+KURVO_API void kidxSetShowStatus(void *index, int value);
+KURVO_API void kidxSetIsUpdate(void *index, int value);
+
+/* The time of the last completed run (seconds since 1904); pruning re-reads
+ * what changed after it. Stored truncated to whole seconds since 1970. */
+KURVO_API void kidxSetTimeBase(void *index, double macTime);
+
+/* Character classes, one entry per byte value c (0..255, unchecked): bytes that
+ * may start a word, may continue one, are shown by the viewer, count as
+ * non-letters. They have no defaults: set every entry you rely on. */
+KURVO_API void kidxSetValidCharMask(void *index, int c, bool on);
+KURVO_API void kidxSetValidTrailingMask(void *index, int c, bool on);
+KURVO_API void kidxSetValidViewableMask(void *index, int c, bool on);
+KURVO_API void kidxSetNonAlphaCharMask(void *index, int c, bool on);
+
+/* Folder for temporary files (extracted members, converter output); the path
+ * of the skip-word file. The texts are copied. */
+KURVO_API void kidxSetTemporaryDirectory(void *index, const char *path);
+KURVO_API void kidxSetSkipFilePath(void *index, const char *path);
+
+/* ------------------------------------- text storage (word and skip tables) */
+
+/* Walk the entries in the order they were added: first, then next until 0.
+ * An entry number is the byte offset of its text; 0 means none. THROWS. */
+KURVO_API unsigned int ktsGetFirst(void *table);
+KURVO_API unsigned int ktsGetNext(void *table, unsigned int entry);
+
+/* The entry whose text equals text ignoring ASCII case, or 0. THROWS
+ * "AssertionFailed" on a damaged table. */
+KURVO_API unsigned int ktsLookup(void *table, const char *text);
+
+/* The entry's text, or NULL when out of range. THROWS. */
+KURVO_API const char *ktsGetText(void *table, unsigned int entry);
+
+/* The entry's data area. For the word table: 16 bytes in host byte order,
+ * possibly unaligned: u32 current file (the last file the word was seen in,
+ * never in the file lists), u16 occurrence counter, u16 reserved, u32 list
+ * position (0: no list), u32 earlier files. Read it with memcpy. THROWS. */
+KURVO_API void *ktsGetData(void *table, unsigned int entry);
+
+/* ------------------------------------------------------------- file storage */
+
+/* Append a record with that name and zero fields; returns its record number.
+ * Does not look for an existing one. CAUGHT: 0 on error. */
+KURVO_API unsigned int kfsAddFile(void *files, const char *name);
+
+/* The record handle for the kfi functions. THROWS. */
+KURVO_API void *kfsGetInfo(void *files, unsigned int record);
+
+/* Walk all records (deleted ones included) in the order added. THROWS. */
+KURVO_API unsigned int kfsGetFirst(void *files);
+KURVO_API unsigned int kfsGetNext(void *files, unsigned int record);
+
+/* The record named name (ASCII case ignored) under parent, or 0. Folders have
+ * parent 0 and their full path as name. THROWS "AssertionFailed". */
+KURVO_API unsigned int kfsLookupFile(void *files, const char *name, unsigned int parent);
+
+/* --------------------------------------------------------- one file record */
+
+KURVO_API unsigned int kfiGetFileParentID(void *record);
+/* Seconds since 1904. */
+KURVO_API double kfiGetFileTimeLastWritten(void *record);
+KURVO_API unsigned int kfiGetFileSize(void *record);
+KURVO_API unsigned int kfiGetFileAttributes(void *record);
+/* The record's own name (a folder's full path); first byte 0xFF: deleted. */
+KURVO_API const char *kfiGetFileName(void *record);
+KURVO_API void kfiSetFileParentID(void *record, unsigned int value);
+/* Stores macTime - 2082844800 truncated toward zero. */
+KURVO_API void kfiSetFileTimeLastWritten(void *record, double macTime);
+KURVO_API void kfiSetFileSize(void *record, unsigned int value);
+KURVO_API void kfiSetFileAttributes(void *record, unsigned int value);
+/* Mark the record deleted (its name's first byte becomes 0xFF; an empty name
+ * is left alone). */
+KURVO_API void kfiMarkFileObsolete(void *record);
+
+/* --------------------------------------------------------------- file links */
+
+/* A word's files are its current file (word data), then the entries read from
+ * its list position upward until file 0, then the older blocks chained by
+ * kflGetNextList until position 0. cursor[0] is the position and advances;
+ * cursor[1] receives the count byte (occurrences - 1, or 255 without ranking).
+ * Returns the file number, 0 at the end of a block. THROWS. */
+KURVO_API unsigned int kflGetFile(void *links, unsigned int cursor[2]);
+
+/* The position of the word's next older block, read at the position just past
+ * a block's terminating 0 entry; 0 when there is none. THROWS. */
+KURVO_API unsigned int kflGetNextList(void *links, unsigned int position);
+
+/* ---------------------------------------------------------- contents viewer */
+
+/* The display text, never NULL (the empty text when there is none). Owned by
+ * the viewer. */
+KURVO_API const char *kfcContents(void *contents);
+
+/* The next line of the display text, its line feed included; valid until the
+ * next call on the viewer. THROWS "EndOfContents" after the last line. */
+KURVO_API const char *kfcNext(void *contents);
+
+/* True when the display text holds a hit of the query. */
+KURVO_API bool kfcContainsHit(void *contents, const char *query);
+
+/* Reduce the display text, for good, to the lines that hold hits. */
+KURVO_API void kfcConvertToOutline(void *contents, const char *query);
+
+/* 1-based byte position of the next hit at or after offset; 0 when none. */
+KURVO_API unsigned int kfcSearchBuffer(void *contents, unsigned int offset, const char *query);
+
+/* Length of the word at byte offset (0 when no word starts there). */
+KURVO_API unsigned int kfcTokenLength(void *contents, unsigned int offset);
+
+/* The path that was read (for archive members, the temporary file, already
+ * removed). Owned by the viewer. */
+KURVO_API const char *kfcFilePath(void *contents);
+
+/* Destroy the viewer and its text. NULL is ignored. */
+KURVO_API void kfcDeleteContentsObject(void *contents);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KURVO_H */

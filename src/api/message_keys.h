@@ -1,0 +1,39 @@
+// Every message key the library reports; hosts translate them into words.
+#pragma once
+
+namespace kurvo_keys {
+
+// Errors and warnings (the kind is given after each key).
+inline constexpr const char kAnalyzerNotFound[] = "AnalyzerNotFound";            // warning
+inline constexpr const char kStorageReadError[] = "StorageReadError";
+inline constexpr const char kHaltRequested[] = "HaltRequested";
+inline constexpr const char kPruneParentError[] = "PruneParentError";
+inline constexpr const char kSkipOpenFail[] = "SkipOpenFail";
+inline constexpr const char kExternalAnalyzersFileTooBig[] = "externalAnalyzersFileTooBig";
+inline constexpr const char kAssertionFailed[] = "AssertionFailed";
+inline constexpr const char kEndOfContents[] = "EndOfContents";
+inline constexpr const char kNoFileContentsForDir[] = "NoFileContentsForDir";
+inline constexpr const char kArchivesNestedTooDeep[] = "ArchivesNestedTooDeep";
+inline constexpr const char kArchiveExtractError[] = "ArchiveExtractError";
+inline constexpr const char kCannotOpenContentsFile[] = "CannotOpenContentsFile";
+inline constexpr const char kNoMemory[] = "NoMemory";
+inline constexpr const char kUnmapFail[] = "UnmapFail";
+inline constexpr const char kFileMapWriteFail[] = "FileMapWriteFail";
+inline constexpr const char kMemFileOpenFail[] = "MemFileOpenFail";
+inline constexpr const char kMemFileExtendFail[] = "MemFileExtendFail";
+inline constexpr const char kFileMapOpenRWFail[] = "FileMapOpenRWFail";
+inline constexpr const char kGetHugeSpace[] = "GetHugeSpace";
+
+// Status messages.
+inline constexpr const char kSkippedKurvoDirectory[] = "Skipped Kurvo Directory";
+inline constexpr const char kIndexingFile[] = "IndexingFile";
+inline constexpr const char kIndexingExcluded[] = "IndexingExcluded";
+inline constexpr const char kBytesIndexing[] = "BytesIndexing";
+inline constexpr const char kDecodingGeneric[] = "DecodingGeneric";
+inline constexpr const char kDecodingPdf[] = "DecodingPdf";
+inline constexpr const char kCountingCompress[] = "CountingCompress";
+inline constexpr const char kCompLinksFmt[] = "CompLinksFmt";
+inline constexpr const char kDone[] = "Done";
+inline constexpr const char kUpdatingStatus[] = "UpdatingStatus";
+
+}  // namespace kurvo_keys

@@ -1,0 +1,128 @@
+// CKurvoIndex: one index in one storage folder, its tables, settings and masks.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <map>
+#include <string>
+
+#include "storage/file_links.h"
+#include "storage/file_storage.h"
+#include "storage/text_storage.h"
+#include "storage/word_links.h"
+
+class CFileAnalyzer;
+
+// Seconds from 1904-01-01 to 1970-01-01, for times crossing the host interface.
+constexpr int32_t kMacToUnixSeconds = 2082844800;
+
+class CKurvoIndex {
+ public:
+  // Builds new empty tables in storagePath (create) or reopens the ones stored
+  // there from its "hash" file; raises "StorageReadError" when there is none.
+  CKurvoIndex(bool create, const std::string &storagePath);
+  ~CKurvoIndex();
+
+  CKurvoIndex(const CKurvoIndex &) = delete;
+  CKurvoIndex &operator=(const CKurvoIndex &) = delete;
+
+  // Lifecycle.
+  void clear();
+  void freeMemFiles();
+  void emptyIndex();
+  void newFileLinks();
+  void enableWrite(bool on);
+  void storeStorage(const std::string &folder);
+
+  // Character classes.
+  void setValidCharMask(int c, bool on) { validCharMask[c] = on ? 1 : 0; }
+  void setValidTrailingMask(int c, bool on) { validTrailingMask[c] = on ? 1 : 0; }
+  void setValidViewableMask(int c, bool on) { validViewableMask[c] = on ? 1 : 0; }
+  void setNonAlphaCharMask(int c, bool on) { nonAlphaCharMask[c] = on ? 1 : 0; }
+  // Stores macTime - 2082844800 truncated toward zero.
+  void setTimeBase(double macTime);
+
+  // Include and exclude patterns.
+  void setIncludeCount(int count);
+  void setExcludeCount(int count);
+  void setIncludePattern(int i, const char *pattern, const char *analyzerName);
+  void setExcludePattern(int i, const char *pattern);
+  int dirMatch(const char *path, const char *pattern) const;
+  int isExcluded(const char *name) const;
+  CFileAnalyzer *analyzerThatMatches(const char *name) const;
+
+  // Analyzer registry.
+  void createAnalyzers();
+  void clearAnalyzers();
+  CFileAnalyzer *analyzerNamed(const std::string &name) const;
+
+  // Word indexing and skip words.
+  uint32_t indexWord(const char *word, uint32_t fileNumber);
+  uint32_t indexExcludedWord(const char *word);
+  void indexExcludeBuffer(char *buffer, uint32_t length);
+  void indexExclusions();
+
+  // Walking, updating and compressing.
+  void indexDirectory(const char *folderPath, uint32_t parentId);
+  void updateDirectory(const char *folderPath, uint32_t folderId);
+  void prune();
+  void compressLinks();
+
+  // Queries.
+  int doesWordMatch(const char *word, const char *pattern) const;
+  // The byte an HTML character reference (the text between '&' and ';') names.
+  unsigned char htmlChar(const char *reference) const;
+  // Writes one archive member to a temporary file; its path, or "" on failure.
+  std::string extractToTempFile(const char *archivePath, const char *memberName,
+                                uint32_t memberNumber);
+
+  // Progress at most once a second while ShowStatus is set: reports key with
+  // argument and raises "HaltRequested" when the host answers 0.
+  void reportProgress(const char *key, const std::string &argument);
+  // The folder three levels above the storage folder's own name, with its
+  // trailing '/' (where "skipfile.txt" and "externanalyzers.txt" live).
+  std::string configurationFolder() const;
+
+  // Tables, owned.
+  CTextStorage *words = nullptr;
+  CFileStorage *files = nullptr;
+  CTextStorage *skipWords = nullptr;
+  CFileLinks *links = nullptr;
+  CWordLinks *wordLinks = nullptr;
+
+  // Settings and counters.
+  int32_t UseRanking = 1;
+  int32_t MinWordLength = 3;
+  int32_t MaxWordLength = 16;
+  int32_t MaxPerFileRead = 0;
+  int32_t ShowStatus = 0;
+  int32_t IsUpdate = 0;
+  int32_t TrackAll = 1;
+  std::string temporaryDirectory;
+  // Carry-over buffer: an unfinished word or piece of mark-up from the end of
+  // one read buffer; first byte 0 when empty.
+  char partialWord[1024];
+  std::map<std::string, unsigned char> entities;
+  uint32_t ContentsIndexed = 0;
+  uint32_t FilesIndexed = 0;
+  uint32_t WordsIndexed = 0;
+  double BytesRead = 0.0;
+  int32_t TimeBase = 0;
+  std::map<std::string, CFileAnalyzer *> analyzers;
+  uint32_t DirectoriesRead = 0;
+  time_t lastStatusTime = 0;
+  std::string storagePath;
+  std::string skippedFolder;
+  std::string skipFilePath;
+  int32_t InternationalChar = 0;
+  char **includePatterns = nullptr;
+  char **excludePatterns = nullptr;
+  CFileAnalyzer **includeAnalyzers = nullptr;
+  int32_t SavePassword = 0;
+  int32_t NumberHandling = 0;
+  int32_t validCharMask[256];
+  int32_t validTrailingMask[256];
+  int32_t validViewableMask[256];
+  int32_t nonAlphaCharMask[256];
+  int32_t controlCharMask[256];
+};

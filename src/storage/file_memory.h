@@ -1,0 +1,65 @@
+// A growable byte region kept in one storage file through a shared mapping.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// On disk: a 16-byte header of four host-order 32-bit words (length, used,
+// initial size, increment) followed by the owning table's records, which are
+// addressed by byte offset so that the region can move when it grows.
+class CFileMemory {
+ public:
+  // Opens an existing region read-only; a missing file or one shorter than
+  // 4 bytes leaves the object detached (getPointer then yields null).
+  explicit CFileMemory(const std::string &path);
+  // Creates a new region of initialSize bytes (at least the 16-byte header)
+  // that grows by doubling up to increment and then by increment.
+  CFileMemory(const std::string &path, uint32_t initialSize, uint32_t increment);
+  virtual ~CFileMemory();
+
+  CFileMemory(const CFileMemory &) = delete;
+  CFileMemory &operator=(const CFileMemory &) = delete;
+
+  // Allocates size bytes after the used part and returns their offset.
+  // Raises "GetHugeSpace" when size exceeds the increment.
+  uint32_t getNewSpace(uint32_t size);
+  // Address of the byte at offset, or null when unmapped or offset >= used.
+  // Good only until the next getNewSpace.
+  char *getPointer(uint32_t offset) const;
+
+  bool openForRead();
+  bool openForWrite();
+  bool enableWrite();
+  bool disableWrite();
+  void clearAll();
+
+  std::string getStoragePath() const;
+  void setStoragePath(const std::string &path);
+
+  uint32_t getUsed() const { return m_nUsed; }
+  uint32_t getLength() const { return m_nLength; }
+  uint32_t getInitialSize() const { return m_nInitialSize; }
+  uint32_t getIncrement() const { return m_nIncrement; }
+  bool isMapped() const { return m_bMapped != 0; }
+  bool isWritable() const { return m_bWritable != 0; }
+
+ protected:
+  int32_t m_nFileDescriptor = -1;
+  int32_t m_bFileOpen = 0;
+  int32_t m_bMapped = 0;
+  int32_t m_bWritable = 0;
+  uint32_t m_nInitialSize = 0;
+  uint32_t m_nIncrement = 0;
+  uint32_t m_nLength = 0;
+  uint32_t m_nUsed = 0;
+  char *m_pBase = nullptr;
+  char *m_pHeader = nullptr;
+  std::string m_sStoragePath;
+
+ private:
+  bool openAndMap(int flags, int protection);
+  bool readLengthWord(uint32_t &length);
+  void writeHeader();
+  void closeFile();
+  void grow(uint32_t needed);
+};

@@ -1,0 +1,69 @@
+// The table of folders, files and archive members, hashed by name in a memory file.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "storage/file_memory.h"
+
+constexpr uint32_t kFileStorageMagic = 12370001;
+// Seconds from 1904-01-01 (the host's epoch) to 1970-01-01.
+constexpr double kMacEpochOffset = 2082844800.0;
+
+// Record layout: u32 next-in-bucket, then the 16-byte data area (u32 parent,
+// i32 time last written, u32 size, u32 attributes), then the name with its
+// NUL. A record is known by the offset of its name; the first is 36.
+class CFileStorage : public CFileMemory {
+ public:
+  CFileStorage(const std::string &path, uint32_t bucketCount);
+  // Raises "StorageReadError" with path when the description is bad.
+  CFileStorage(const std::string &path, FILE *stream);
+  ~CFileStorage() override;
+
+  bool read(FILE *stream);
+  bool store(FILE *stream);
+
+  uint32_t getHash(const char *name) const;
+  uint32_t addFile(const char *name);
+  uint32_t lookupFile(const char *name, uint32_t parentId);
+
+  uint32_t getFirst() const;
+  uint32_t getNext(uint32_t fileNumber) const;
+  // The number of the record that would be added next (records at or above it
+  // were added later).
+  uint32_t getRecordLimit() const { return getUsed(); }
+  char *getText(uint32_t fileNumber) const;
+  char *getData(uint32_t fileNumber) const;
+
+  uint32_t getBucketCount() const { return m_nBucketCount; }
+
+ private:
+  uint32_t m_nPrefixSize = 20;
+  uint32_t *m_pBuckets = nullptr;
+  uint32_t m_nBucketCount = 0;
+};
+
+// Field access on a record's data area (the address getData returns).
+namespace file_record {
+constexpr uint32_t kParent = 0;
+constexpr uint32_t kTime = 4;
+constexpr uint32_t kSize = 8;
+constexpr uint32_t kAttributes = 12;
+constexpr uint32_t kName = 16;
+
+uint32_t parent(const char *record);
+int32_t time(const char *record);
+uint32_t size(const char *record);
+uint32_t attributes(const char *record);
+const char *name(const char *record);
+void setParent(char *record, uint32_t value);
+void setTime(char *record, int32_t value);
+void setSize(char *record, uint32_t value);
+void setAttributes(char *record, uint32_t value);
+// 1904-based double <-> stored seconds since 1970 (truncated toward zero).
+double macTime(const char *record);
+void setMacTime(char *record, double macTime);
+// First name byte becomes 0xFF unless the name is empty.
+void markObsolete(char *record);
+bool isObsolete(const char *record);
+}  // namespace file_record
