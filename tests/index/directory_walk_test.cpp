@@ -37,7 +37,8 @@ TEST_F(DirectoryWalk, SkipsTheFolderAboveTheStorageFolder) {
   writeFile(root + "a/inside.txt", "hidden words there\n");
   start();
   ASSERT_EQ(index->skippedFolder, root + "a");
-  index->indexDirectory(rootPath.c_str(), topRecord);
+  const uint32_t rootRecord = addTopFolder(*index, rootPath);
+  index->indexDirectory(rootPath.c_str(), rootRecord);
 
   const auto found = records();
   EXPECT_TRUE(found.count(root + "x.txt"));
