@@ -26,11 +26,17 @@ uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber) {
     if (skipped) return skipped;
   }
 
+  // Without the tables of a collecting index there is nowhere to record it.
+  if (!words || !wordLinks) throwKurvoError(kurvo_keys::kAssertionFailed, "");
   uint32_t wordNumber = words->lookup(word);
   if (!wordNumber) {
     wordNumber = words->addText(word);
     ++WordsIndexed;
   }
+
+  // A reopened table is mapped read-only until something makes it writable;
+  // the word data is rewritten in place.
+  if (!words->isWritable()) words->enableWrite();
 
   // Only the word's current file is kept here; its pair goes to the word
   // links when the word turns up in another file.

@@ -125,11 +125,13 @@ TEST_F(WordIndexing, CountStopsAt255) {
   EXPECT_EQ(written[0].count, 255u);
 }
 
-TEST_F(WordIndexing, LookupIgnoresCase) {
-  index->indexWord("alpha", fileA);
-  index->indexWord("ALPHA", fileA);
-  EXPECT_EQ(index->WordsIndexed, 1u);
-  EXPECT_EQ(state("alpha").counter, 1u);
+TEST_F(WordIndexing, WithoutWordLinksNothingIsRecorded) {
+  index->emptyIndex();
+  delete index->wordLinks;
+  index->wordLinks = nullptr;
+  EXPECT_TRUE(throwsKurvo([&] { index->indexWord("alpha", fileA); }));
+  EXPECT_EQ(messages.errors.back().key, kurvo_keys::kAssertionFailed);
+  EXPECT_EQ(index->WordsIndexed, 0u);
 }
 
 TEST_F(WordIndexing, WordsOfOneFileFormOneGroup) {
