@@ -5,7 +5,6 @@
 
 #include "api/message_keys.h"
 #include "index/kurvo_index.h"
-#include "storage/lower_case_table.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
@@ -88,11 +87,6 @@ TEST_F(IndexObject, HostMasksStartEmptyAndStoreBooleans) {
   EXPECT_EQ(index->nonAlphaCharMask['1'], 1);
   index->setValidCharMask('a', false);
   EXPECT_EQ(index->validCharMask['a'], 0);
-}
-
-TEST_F(IndexObject, ConstructionFillsTheCaseFoldingTable) {
-  EXPECT_EQ(lowerCase('A'), 'a');
-  EXPECT_EQ(lowerCase('z'), 'z');
 }
 
 TEST_F(IndexObject, TimeBaseTruncatesTowardZero) {

@@ -158,4 +158,22 @@ TEST_F(Lifecycle, StoredIndexReopensWithEveryWordAndRecord) {
   EXPECT_EQ(load32(beta + word_data::kEarlierFiles), 1u);
 }
 
+TEST_F(Lifecycle, ReopenedIndexTakesMoreWords) {
+  index->newFileLinks();
+  const uint32_t first = addRecord("one.txt", 0);
+  index->indexWord("alpha", first);
+  index->storeStorage(dir.path());
+  index.reset();
+
+  CKurvoIndex reopened(false, dir.path());
+  reopened.wordLinks = new CWordLinks(dir.file("temp"), 65535, 1048575, 1);
+  const uint32_t second = reopened.files->addFile("two.txt");
+  reopened.indexWord("alpha", second);
+  reopened.indexWord("beta", second);
+  const char *alpha = reopened.words->getData(reopened.words->lookup("alpha"));
+  EXPECT_EQ(load32(alpha + word_data::kCurrentFile), second);
+  EXPECT_EQ(load32(alpha + word_data::kEarlierFiles), 1u);
+  EXPECT_NE(reopened.words->lookup("beta"), 0u);
+}
+
 }  // namespace
