@@ -35,7 +35,8 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
   std::memset(nonAlphaCharMask, 0, sizeof nonAlphaCharMask);
   partialWord[0] = 0;
 
-  // The walk never enters the folder three levels above the storage folder.
+  // The walk never enters the folder three levels above the storage folder
+  // (none, left empty, when the path is too shallow to have one).
   std::string::size_type cut = fourthSlashFromEnd(storagePath);
   if (cut != std::string::npos) skippedFolder = storagePath.substr(0, cut);
 
@@ -124,6 +125,8 @@ void CKurvoIndex::setTimeBase(double macTime) {
 
 std::string CKurvoIndex::configurationFolder() const {
   std::string::size_type cut = fourthSlashFromEnd(storagePath);
+  // A shallower storage path has no such folder; configuration file names
+  // are then taken relative to the working folder.
   if (cut == std::string::npos) return std::string();
   return storagePath.substr(0, cut + 1);
 }
