@@ -142,7 +142,9 @@ TEST_F(DirectoryWalk, WalkingTwiceFindsTheRecordsAgain) {
   EXPECT_EQ(index->FilesIndexed, filesIndexed);
   EXPECT_EQ(index->DirectoriesRead, 4u);
   // Both files were read again: "text" went from file to file three times.
-  const char *data = index->words->getData(index->words->lookup("text"));
+  const uint32_t text = index->words->lookup("text");
+  ASSERT_NE(text, 0u);
+  const char *data = index->words->getData(text);
   EXPECT_EQ(load32(data + word_data::kEarlierFiles), 3u);
 }
 
