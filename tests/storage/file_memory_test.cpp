@@ -27,11 +27,11 @@ struct GrowthStep {
 const std::vector<GrowthStep> kGrowth = {
     {84, 16, 100},    // used reaches the length exactly
     {1, 100, 200},    // 100 < 1000: doubled
-    {199, 101, 200},  // exact fit again
-    {1, 300, 400},
-    {399, 301, 400},
-    {1, 700, 800},
-    {99, 701, 800},
+    {99, 101, 200},   // exact fit again
+    {1, 200, 400},
+    {199, 201, 400},
+    {1, 400, 800},
+    {399, 401, 800},
     {1, 800, 1600},   // 800 < 1000: still doubled
     {799, 801, 1600},
     {1, 1600, 2600},  // 1600 >= 1000: one increment
@@ -236,7 +236,7 @@ TEST(FileMemoryOpen, EnableWriteOnADetachedRegionFails) {
   EXPECT_FALSE(mem.isWritable());
 }
 
-TEST(FileMemoryOpen, ReadOnlyAllocationWithRoomOnlyMovesUsed) {
+TEST(FileMemoryOpen, AllocationFromAReopenedRegionContinuesAtUsed) {
   TempDir dir;
   const std::string path = dir.file("region");
   { CFileMemory mem(path, 128, 1000); }
@@ -244,7 +244,7 @@ TEST(FileMemoryOpen, ReadOnlyAllocationWithRoomOnlyMovesUsed) {
   ASSERT_TRUE(mem.isMapped());
   EXPECT_EQ(mem.getNewSpace(10), 16u);
   EXPECT_EQ(mem.getUsed(), 26u);
-  EXPECT_FALSE(mem.isWritable());
+  EXPECT_EQ(mem.getLength(), 128u);
 }
 
 TEST(FileMemoryPath, StoragePathIsKeptAndReplaced) {
@@ -253,4 +253,14 @@ TEST(FileMemoryPath, StoragePathIsKeptAndReplaced) {
   EXPECT_EQ(mem.getStoragePath(), dir.file("region"));
   mem.setStoragePath("/elsewhere/x");
   EXPECT_EQ(mem.getStoragePath(), "/elsewhere/x");
+}
+
+TEST(FileMemoryCreate, UnopenableFileRaisesMemFileOpenFailWithThePath) {
+  TempDir dir;
+  const std::string path = dir.file("no-such-folder/region");
+  CapturedMessages msgs;
+  EXPECT_TRUE(throwsKurvo([&] { CFileMemory mem(path, 64, 1000); }));
+  ASSERT_EQ(msgs.errors.size(), 1u);
+  EXPECT_EQ(msgs.errors[0].key, "MemFileOpenFail");
+  EXPECT_EQ(msgs.errors[0].argument, path);
 }

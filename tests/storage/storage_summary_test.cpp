@@ -41,8 +41,8 @@ TEST(StorageSummary, DescriptionsFollowEachOtherInOneFile) {
     EXPECT_TRUE(links.store(out));
     std::fclose(out);
   }
-  // files: 5 + 1000 words; words: 5 + 40000; skipped: 5 + 1000; links: 2.
-  EXPECT_EQ(kurvo_test::readFile(summary).size(), 4u * (1005 + 40005 + 1005 + 2));
+  // files: 4 + 1000 words; words: 5 + 40000; skipped: 5 + 1000; links: 2.
+  EXPECT_EQ(kurvo_test::readFile(summary).size(), 4u * (1004 + 40005 + 1005 + 2));
 
   FILE *in = std::fopen(summary.c_str(), "rb");
   ASSERT_NE(in, nullptr);
