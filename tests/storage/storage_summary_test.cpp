@@ -1,5 +1,4 @@
-// The four table descriptions written one after another into one stream, as the
-// summary file holds them, and read back in the same order.
+// The summary file: four table descriptions back to back, read back in the same order.
 #include <gtest/gtest.h>
 
 #include <cstdio>
