@@ -87,7 +87,11 @@ TEST_P(CarryCases, LongWordsAreCarriedShortened) {
 INSTANTIATE_TEST_SUITE_P(WordCutter, CarryCases,
                          ::testing::Values(CarryCase{1, 1}, CarryCase{5, 5}, CarryCase{1022, 1022},
                                            CarryCase{1023, 1022}, CarryCase{1024, 1023},
-                                           CarryCase{1500, 1023}));
+                                           CarryCase{1500, 1023}),
+                         [](const auto &info) {
+                           return "Length" + std::to_string(info.param.wordLength) + "Carries" +
+                                  std::to_string(info.param.carriedLength);
+                         });
 
 // Records the characters the hook sees and turns '#' into a letter.
 class HookedAnalyzer : public CFileAnalyzer {
