@@ -42,7 +42,56 @@ struct DisplayWriter {
     *write++ = static_cast<char>(kLineFeed);
     lineStart = write;
   }
+  // Removes the non-alpha bytes at the end of the text written since the
+  // last separator, stopping at a line feed.
+  void takeBack(const int32_t *nonAlphaMask) {
+    while (sinceSeparator > 0 && write > start &&
+           static_cast<unsigned char>(write[-1]) != kLineFeed &&
+           nonAlphaMask[static_cast<unsigned char>(write[-1])]) {
+      --write;
+      --sinceSeparator;
+    }
+  }
+  void dropHighBitTail() {
+    while (write > start && (static_cast<unsigned char>(write[-1]) & 0x80)) --write;
+  }
+  // Past the wrap width the last space written breaks the line.
+  void wrap(int wrapWidth) {
+    if (wrapWidth != 0 && write - lineStart > wrapWidth && lastSpace < write) {
+      *lastSpace = static_cast<char>(kLineFeed);
+      lineStart = lastSpace + 1;
+    }
+  }
+  // Ends the text; its last space (or else its first byte) ends the last line.
+  unsigned long finish() {
+    *write = '\0';
+    if (lastSpace < write) *lastSpace = static_cast<char>(kLineFeed);
+    return static_cast<unsigned long>(write - start);
+  }
 };
+
+// Writes what a byte that is neither shown nor non-alpha leaves in the text:
+// a blank between words and line breaks; returns the new in-text flag.
+bool writeSeparator(DisplayWriter &out, unsigned char c, bool lineFeedNext,
+                    bool &provisionalRun, const int32_t *nonAlphaMask) {
+  if (provisionalRun) {
+    out.takeBack(nonAlphaMask);
+    provisionalRun = false;
+  } else if (out.sinceSeparator > 0 && c != kCarriageReturn && c != kLineFeed) {
+    out.put(' ');
+  }
+  out.sinceSeparator = 0;
+  if (c == kLineFeed || c == kLineBreakByte) {
+    out.lineFeed();
+    return true;
+  }
+  if (c == kCarriageReturn) {
+    // CR LF makes one line break: the LF writes it.
+    if (!lineFeedNext) out.lineFeed();
+    return true;
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -104,55 +153,22 @@ unsigned long CFileAnalyzer::stripBuffer(char *source, unsigned long sourceLengt
       inText = true;
     } else {
       writeByte = false;
-      if (provisionalRun) {
-        while (out.sinceSeparator > 0 && out.write > out.start &&
-               static_cast<unsigned char>(out.write[-1]) != kLineFeed &&
-               nonAlpha(static_cast<unsigned char>(out.write[-1]))) {
-          --out.write;
-          --out.sinceSeparator;
-        }
-        provisionalRun = false;
-      } else if (out.sinceSeparator > 0 && c != kCarriageReturn && c != kLineFeed) {
-        out.put(' ');
-      }
-      if (c == kLineFeed || c == kLineBreakByte) {
-        out.lineFeed();
-        inText = true;
-      } else if (c == kCarriageReturn) {
-        // CR LF makes one line break: the LF writes it.
-        const bool lineFeedNext =
-            read + 1 < sourceEnd && static_cast<unsigned char>(read[1]) == kLineFeed;
-        if (!lineFeedNext) out.lineFeed();
-        inText = true;
-      } else {
-        inText = false;
-      }
-      out.sinceSeparator = 0;
+      const bool lineFeedNext = read + 1 < sourceEnd && read[1] == static_cast<char>(kLineFeed);
+      inText = writeSeparator(out, c, lineFeedNext, provisionalRun, index.nonAlphaCharMask);
     }
 
     if ((c & 0x80) && !inText) {
       ++highBitRun;
     } else {
-      if (highBitRun > kMaxHighBitRun) {
-        while (out.write > out.start && (static_cast<unsigned char>(out.write[-1]) & 0x80)) {
-          --out.write;
-        }
-      }
+      if (highBitRun > kMaxHighBitRun) out.dropHighBitTail();
       highBitRun = 0;
     }
-
-    if (wrapWidth != 0 && out.write - out.lineStart > wrapWidth && out.lastSpace < out.write) {
-      *out.lastSpace = static_cast<char>(kLineFeed);
-      out.lineStart = out.lastSpace + 1;
-    }
+    out.wrap(wrapWidth);
 
     if (writeByte) out.put(static_cast<char>(c));
     previous = c;
     ++read;
   }
 
-  *out.write = '\0';
-  // The last space of the text ends its last line.
-  if (out.lastSpace < out.write) *out.lastSpace = static_cast<char>(kLineFeed);
-  return static_cast<unsigned long>(out.write - out.start);
+  return out.finish();
 }
