@@ -54,7 +54,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   const unsigned long maxRead =
       index.MaxPerFileRead > 0 ? static_cast<unsigned long>(index.MaxPerFileRead) : 0;
   unsigned long bufferSize = maxRead < kReadBufferSize ? maxRead : kReadBufferSize;
-  // The spare byte keeps the buffer NUL-terminable whatever was read.
+  // A hook may look one byte past the data: the spare byte holds a NUL there.
   char buffer[kReadBufferSize + 1];
 
   index.partialWord[0] = '\0';
@@ -65,6 +65,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
     const unsigned long bytesRead =
         std::fread(buffer + carryLength, 1, bufferSize - carryLength, file.get());
     if (carryLength + bytesRead == 0) break;
+    buffer[carryLength + bytesRead] = '\0';
 
     index.partialWord[0] = '\0';
     totalRead += bytesRead;
