@@ -19,9 +19,6 @@ class WordMatch : public ::testing::Test {
     index = std::make_unique<CKurvoIndex>(true, tmp.path());
     setWordMasks(*index);
   }
-  int match(const char *word, const char *pattern) const {
-    return index->doesWordMatch(word, pattern);
-  }
 
   TempDir tmp;
   std::unique_ptr<CKurvoIndex> index;
@@ -66,26 +63,22 @@ TEST_F(WordMatch, WildcardsFollowTheirRules) {
                       });
 }
 
-TEST_F(WordMatch, AStarInTheWordMasksIsAnOrdinaryByte) {
-  for (bool trailing : {false, true}) {
-    SCOPED_TRACE(trailing);
-    setWordMasks(*index);
-    if (trailing)
-      index->setValidTrailingMask('*', true);
-    else
-      index->setValidCharMask('*', true);
-    expectCases(*index, {{"ab*", "ab*", 1}, {"ab*", "ab", 0}, {"ab*", "abc", 0}, {"a?*", "ab*", 1}});
-  }
-}
-
-TEST_F(WordMatch, AQuestionMarkInTheWordMasksIsAnOrdinaryByte) {
-  for (bool trailing : {false, true}) {
-    SCOPED_TRACE(trailing);
-    setWordMasks(*index);
-    if (trailing)
-      index->setValidTrailingMask('?', true);
-    else
-      index->setValidCharMask('?', true);
-    expectCases(*index, {{"a?c", "abc", 0}, {"a?c", "a?c", 1}, {"ab?", "ab", 0}, {"a*c", "abc", 1}});
+TEST_F(WordMatch, AWildcardInTheWordMasksIsAnOrdinaryByte) {
+  struct Case {
+    char wildcard;
+    std::vector<MatchCase> cases;
+  };
+  const Case cases[] = {
+      {'*', {{"ab*", "ab*", 1}, {"ab*", "ab", 0}, {"ab*", "abc", 0}, {"a?*", "ab*", 1}}},
+      {'?', {{"a?c", "abc", 0}, {"a?c", "a?c", 1}, {"ab?", "ab", 0}, {"a*c", "abc", 1}}},
+  };
+  for (const Case &c : cases) {
+    for (bool trailing : {false, true}) {
+      SCOPED_TRACE(std::string(1, c.wildcard) + (trailing ? " trailing" : " word"));
+      setWordMasks(*index);
+      if (trailing) index->setValidTrailingMask(c.wildcard, true);
+      else index->setValidCharMask(c.wildcard, true);
+      expectCases(*index, c.cases);
+    }
   }
 }
