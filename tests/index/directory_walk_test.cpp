@@ -128,26 +128,6 @@ TEST_F(DirectoryWalk, ExcludedFilesAreRecordedWithoutWordsAndExcludedFoldersNotE
   EXPECT_FALSE(hasWord("confidential"));
 }
 
-TEST_F(DirectoryWalk, WalkingTwiceFindsTheRecordsAgain) {
-  writeFile(top + "/one.txt", "first text\n");
-  writeFile(top + "/sub/two.txt", "second text\n");
-  start();
-  index->indexDirectory(top.c_str(), topRecord);
-  const auto first = records();
-  const uint32_t filesIndexed = index->FilesIndexed;
-  index->indexDirectory(top.c_str(), topRecord);
-  const auto second = records();
-  ASSERT_EQ(first.size(), second.size());
-  for (const auto &[path, record] : first) EXPECT_EQ(second.at(path).number, record.number) << path;
-  EXPECT_EQ(index->FilesIndexed, filesIndexed);
-  EXPECT_EQ(index->DirectoriesRead, 4u);
-  // Both files were read again: "text" went from file to file three times.
-  const uint32_t text = index->words->lookup("text");
-  ASSERT_NE(text, 0u);
-  const char *data = index->words->getData(text);
-  EXPECT_EQ(load32(data + word_data::kEarlierFiles), 3u);
-}
-
 TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
   writeFile(top + "/one.txt", "first text\n");
   writeFile(top + "/two.txt", "second text\n");

@@ -136,20 +136,6 @@ TEST_F(Prune, MemberRecordsAreNeverVisited) {
   EXPECT_FALSE(file_record::isObsolete(index->files->getData(member)));
 }
 
-TEST_F(Prune, ReportsProgressAndHaltsOnRequest) {
-  build();
-  index->ShowStatus = 1;
-  index->lastStatusTime = 0;
-  messages.haltAtStatus = 1;
-  EXPECT_TRUE(throwsKurvo([&] { index->prune(); }));
-  ASSERT_EQ(messages.statuses.size(), 1u);
-  EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kUpdatingStatus);
-  EXPECT_EQ(messages.statuses[0].argument, "1/" + std::to_string(index->FilesIndexed));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
-  EXPECT_EQ(messages.lastError()->argument, "");
-}
-
 TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {
   build();
   const uint32_t orphan = index->files->addFile("orphan.txt");
