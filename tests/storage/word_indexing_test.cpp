@@ -25,6 +25,7 @@ struct Link {
 class WordIndexing : public ::testing::Test {
  protected:
   void SetUp() override {
+    index.reset();  // its files are made afresh
     index = std::make_unique<CKurvoIndex>(true, dir.path());
     for (int c = 'a'; c <= 'z'; ++c) {
       index->setValidCharMask(c, true);
