@@ -133,6 +133,9 @@ struct WordFiles {
   uint32_t current = 0;
   unsigned counter = 0;
   std::vector<std::vector<FileLink>> blocks;
+  bool operator==(const WordFiles &o) const {
+    return current == o.current && counter == o.counter && blocks == o.blocks;
+  }
 };
 
 inline WordFiles readWordFiles(const CKurvoIndex &index, uint32_t word) {
