@@ -7,27 +7,7 @@
 
 using namespace kurvo_test;
 
-namespace {
-
-class DirectoryWalk : public ::testing::Test {
- protected:
-  void SetUp() override { top = scratchRoot(tmp) + "tree"; }
-
-  void start(const std::vector<std::string> &excludes = {}) {
-    index = startFullBuild(tmp, "", excludes);
-    topRecord = addTopFolder(*index, top);
-  }
-  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
-  bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
-
-  CapturedMessages messages;
-  TempDir tmp;
-  std::string top;
-  std::unique_ptr<CKurvoIndex> index;
-  uint32_t topRecord = 0;
-};
-
-}  // namespace
+using DirectoryWalk = IndexRunTest;
 
 TEST_F(DirectoryWalk, SkipsTheFolderAboveTheStorageFolder) {
   // scratchRoot holds a/b/c/store/; "a" is the index's skipped folder.

@@ -14,10 +14,10 @@ namespace {
 
 constexpr int32_t kBase = 1700000000;
 
-class Prune : public ::testing::Test {
+class Prune : public IndexRunTest {
  protected:
   void SetUp() override {
-    top = scratchRoot(tmp) + "tree";
+    IndexRunTest::SetUp();
     put("f.txt", "changing words\n", kBase - 100);
     put("data.bin", "raw bytes\n", kBase - 100);
     put("sub/s.txt", "folder words\n", kBase - 100);
@@ -37,19 +37,11 @@ class Prune : public ::testing::Test {
 
   // Builds the first index with TimeBase kBase for the prune that follows.
   void build() {
-    index = startFullBuild(tmp);
-    topRecord = addTopFolder(*index, top);
+    start();
     index->indexDirectory(top.c_str(), topRecord);
     index->compressLinks();
     index->TimeBase = kBase;
   }
-  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
-
-  CapturedMessages messages;
-  TempDir tmp;
-  std::string top;
-  std::unique_ptr<CKurvoIndex> index;
-  uint32_t topRecord = 0;
 };
 
 }  // namespace
