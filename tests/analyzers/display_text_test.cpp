@@ -64,14 +64,8 @@ const std::vector<StripCase> &stripCases() {
   return cases;
 }
 
-class StripCases : public DisplayTest, public ::testing::WithParamInterface<StripCase> {};
-
-TEST_P(StripCases, GivesTheExpectedText) {
-  const StripCase &c = GetParam();
-  EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected);
+TEST_F(DisplayTest, StripsEachSourceToTheExpectedText) {
+  for (const StripCase &c : stripCases()) EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected) << c.name;
 }
-
-INSTANTIATE_TEST_SUITE_P(DisplayText, StripCases, ::testing::ValuesIn(stripCases()),
-                         [](const auto &info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -20,34 +20,22 @@ class IndexObject : public ::testing::Test {
 }  // namespace
 
 TEST_F(IndexObject, DefaultsAfterConstructionAndClear) {
-  for (int pass = 0; pass < 2; ++pass) {
-    SCOPED_TRACE(pass);
+  const auto expectDefaults = [this] {
     EXPECT_EQ(index->UseRanking, 1);
     EXPECT_EQ(index->MinWordLength, 3);
     EXPECT_EQ(index->MaxWordLength, 16);
     EXPECT_EQ(index->IsUpdate, 0);
     EXPECT_EQ(index->TrackAll, 1);
     EXPECT_EQ(index->NumberHandling, 0);
-    EXPECT_EQ(index->includePatterns, nullptr);
-    EXPECT_EQ(index->excludePatterns, nullptr);
-    EXPECT_TRUE(index->analyzers.empty());
-    index->createAnalyzers();
-    index->UseRanking = 0;
-    index->MinWordLength = 5;
-    index->MaxWordLength = 30;
-    index->IsUpdate = 1;
-    index->TrackAll = 0;
-    index->NumberHandling = 4;
-    index->clear();
-  }
+  };
+  expectDefaults();
+  EXPECT_EQ(index->words->getBucketCount(), 40000u);
+  EXPECT_EQ(index->wordLinks, nullptr);
+  index->UseRanking = index->IsUpdate = index->TrackAll = 0;
+  index->MinWordLength = index->MaxWordLength = index->NumberHandling = 5;
+  index->clear();
+  expectDefaults();
   EXPECT_EQ(index->words, nullptr);
-  // A created index has its four tables, with the buckets of new tables.
-  CKurvoIndex fresh(true, dir.path());
-  EXPECT_EQ(fresh.words->getBucketCount(), 40000u);
-  EXPECT_EQ(fresh.skipWords->getBucketCount(), 1000u);
-  EXPECT_EQ(fresh.files->getBucketCount(), 1000u);
-  EXPECT_NE(fresh.links, nullptr);
-  EXPECT_EQ(fresh.wordLinks, nullptr);
 }
 
 TEST_F(IndexObject, SkippedFolderIsCutBeforeTheFourthSlashFromTheEnd) {
