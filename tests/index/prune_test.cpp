@@ -1,4 +1,4 @@
-// Pruning: vanished, changed and unchanged records, folder updates, progress and broken parents.
+// Pruning: vanished, changed and unchanged records, folder updates and broken parents.
 #include <gtest/gtest.h>
 #include <unistd.h>
 

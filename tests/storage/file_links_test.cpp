@@ -109,15 +109,14 @@ TEST(FileLinks, ClosedAndReopenedRegionGivesBackEveryList) {
   {
     CFileLinks links(path, 65535, 1048575, 1);
     links.getSpace(4);
-    for (uint32_t word = 0; word < 300; ++word) {
+    // Word w: an older block of w % 5 files below a newer one of 1 + w % 3.
+    for (uint32_t w = 0; w < 300; ++w) {
       std::vector<Entry> older, newer;
-      for (uint32_t i = 0; i < word % 5; ++i) older.push_back({36 + 10 * i + word, (unsigned char)i});
-      for (uint32_t i = 0; i < 1 + word % 3; ++i) newer.push_back({5000 + i, (unsigned char)word});
-      const uint32_t head = older.empty() ? 0 : addBlock(links, older, 0);
-      heads.push_back(addBlock(links, newer, head));
-      std::vector<Entry> expected(newer.rbegin(), newer.rend());
-      expected.insert(expected.end(), older.rbegin(), older.rend());
-      lists.push_back(expected);
+      for (uint32_t i = 0; i < w % 5; ++i) older.push_back({36 + 10 * i + w, (unsigned char)i});
+      for (uint32_t i = 0; i < 1 + w % 3; ++i) newer.push_back({5000 + i, (unsigned char)w});
+      heads.push_back(addBlock(links, newer, older.empty() ? 0 : addBlock(links, older, 0)));
+      lists.emplace_back(newer.rbegin(), newer.rend());
+      lists.back().insert(lists.back().end(), older.rbegin(), older.rend());
     }
     ASSERT_TRUE(links.store(s.get()));
     EXPECT_EQ(s.bytes(), wordBytes({12360001, 1}));

@@ -61,21 +61,13 @@ TEST_F(FileStorage, ObsoleteRecordIsWalkedButNotFound) {
 }
 
 TEST_F(FileStorage, HostTimesAreSecondsSince1904TruncatedTowardZero) {
-  struct Case {
-    double macTime;
-    int32_t stored;
-    double readBack;
-  };
-  const Case cases[] = {{2082844800.0, 0, 2082844800.0},
-                        {2082844801.9, 1, 2082844801.0},
-                        {2082844798.5, -1, 2082844799.0},
-                        {0.0, -2082844800, 0.0}};
   CFileStorage t(dir.file("files"), 1000);
   char *rec = t.getData(t.addFile("t"));
-  for (const Case &c : cases) {
-    file_record::setMacTime(rec, c.macTime);
-    EXPECT_EQ(file_record::time(rec), c.stored) << c.macTime;
-    EXPECT_DOUBLE_EQ(file_record::macTime(rec), c.readBack) << c.macTime;
+  for (const auto &[macTime, stored] : {std::pair<double, int32_t>{2082844801.9, 1},
+                                        {2082844798.5, -1}, {0.0, -2082844800}}) {
+    file_record::setMacTime(rec, macTime);
+    EXPECT_EQ(file_record::time(rec), stored) << macTime;
+    EXPECT_DOUBLE_EQ(file_record::macTime(rec), stored + 2082844800.0) << macTime;
   }
 }
 
