@@ -34,5 +34,7 @@ class CFileLinks : public CFileMemory {
   bool hasCounts() const { return m_bCounts != 0; }
 
  private:
+  char *writableRange(uint32_t position, uint32_t size);
+
   int32_t m_bCounts = 0;
 };

@@ -26,6 +26,12 @@ class CFileMemory {
   // Address of the byte at offset, or null when unmapped or offset >= used.
   // Good only until the next getNewSpace.
   char *getPointer(uint32_t offset) const;
+  // Address of size bytes at offset when all of them lie below used, else null.
+  const char *getRange(uint32_t offset, uint32_t size) const;
+  // Length of the NUL-terminated text at offset, or kNoText when offset is
+  // not addressable or no NUL ends it below used (a damaged file).
+  static constexpr uint32_t kNoText = UINT32_MAX;
+  uint32_t textLength(uint32_t offset) const;
 
   bool openForRead();
   bool openForWrite();

@@ -1,0 +1,222 @@
+// A growable byte region kept in one storage file through a shared mapping.
+#include "storage/file_memory.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "storage/byte_io.h"
+
+namespace {
+
+constexpr uint32_t kHeaderSize = 16;
+
+std::string decimal(uint64_t value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
+  return text;
+}
+
+}  // namespace
+
+CFileMemory::CFileMemory(const std::string &path) : m_sStoragePath(path) {
+  if (!openForRead()) return;
+  m_nLength = load32(m_pBase);
+  m_nUsed = load32(m_pBase + 4);
+  m_nInitialSize = load32(m_pBase + 8);
+  m_nIncrement = load32(m_pBase + 12);
+  // A header that claims more than the mapping holds would let later reads
+  // run off the end of the mapping: treat such a file as unreadable.
+  if (m_nUsed < kHeaderSize || m_nUsed > m_nLength) clearAll();
+}
+
+CFileMemory::CFileMemory(const std::string &path, uint32_t initialSize, uint32_t increment)
+    : m_nInitialSize(initialSize), m_nIncrement(increment), m_sStoragePath(path) {
+  getNewSpace(kHeaderSize);
+  writeHeader();
+}
+
+CFileMemory::~CFileMemory() {
+  try {
+    clearAll();
+  } catch (int) {
+    // The host has been told through the error callback; a destructor must
+    // not throw.
+  }
+}
+
+uint32_t CFileMemory::getNewSpace(uint32_t size) {
+  if (size > m_nIncrement) throwKurvoError(kurvo_keys::kGetHugeSpace, decimal(size));
+  uint32_t offset = m_nUsed;
+  uint64_t end = static_cast<uint64_t>(offset) + size;
+  // Records are written in place right after allocation, so a region that
+  // was reopened read-only must become writable before it hands out space.
+  if (m_bMapped && !m_bWritable) enableWrite();
+  if (end > m_nLength || !m_bMapped) grow(static_cast<uint32_t>(end > m_nLength ? end : m_nLength));
+  m_nUsed = static_cast<uint32_t>(end);
+  return offset;
+}
+
+void CFileMemory::grow(uint32_t needed) {
+  if (m_bMapped) {
+    munmap(m_pBase, m_nLength);
+    m_pBase = nullptr;
+    m_bMapped = 0;
+  }
+  if (!m_bFileOpen) {
+    m_nFileDescriptor = open(m_sStoragePath.c_str(), O_RDWR | O_CREAT, 0600);
+    if (m_nFileDescriptor < 0) throwKurvoError(kurvo_keys::kMemFileOpenFail, m_sStoragePath);
+    m_bFileOpen = 1;
+  }
+  uint32_t oldLength = m_nLength;
+  uint64_t newLength;
+  if (m_nLength == 0)
+    newLength = m_nInitialSize;
+  else if (m_nLength < m_nIncrement)
+    newLength = 2ull * m_nLength;
+  else
+    newLength = static_cast<uint64_t>(m_nLength) + m_nIncrement;
+  if (needed > newLength) newLength = needed;
+  if (newLength > UINT32_MAX || ftruncate(m_nFileDescriptor, static_cast<off_t>(newLength)) != 0) {
+    std::string size = decimal(newLength);
+    clearAll();
+    throwKurvoError(kurvo_keys::kMemFileExtendFail, size);
+  }
+  void *base = mmap(nullptr, newLength, PROT_READ | PROT_WRITE, MAP_SHARED, m_nFileDescriptor, 0);
+  if (base == MAP_FAILED) {
+    std::string path = m_sStoragePath;
+    clearAll();
+    throwKurvoError(kurvo_keys::kFileMapOpenRWFail, path);
+  }
+  m_pBase = static_cast<char *>(base);
+  m_nLength = static_cast<uint32_t>(newLength);
+  m_bWritable = 1;
+  m_bMapped = 1;
+  if (m_nLength > oldLength) std::memset(m_pBase + oldLength, 0, m_nLength - oldLength);
+}
+
+char *CFileMemory::getPointer(uint32_t offset) const {
+  if (!m_bMapped || offset >= m_nUsed) return nullptr;
+  return m_pBase + offset;
+}
+
+const char *CFileMemory::getRange(uint32_t offset, uint32_t size) const {
+  if (!m_bMapped || static_cast<uint64_t>(offset) + size > m_nUsed) return nullptr;
+  return m_pBase + offset;
+}
+
+uint32_t CFileMemory::textLength(uint32_t offset) const {
+  if (!m_bMapped || offset >= m_nUsed) return kNoText;
+  const void *end = std::memchr(m_pBase + offset, 0, m_nUsed - offset);
+  if (!end) return kNoText;
+  return static_cast<uint32_t>(static_cast<const char *>(end) - (m_pBase + offset));
+}
+
+bool CFileMemory::readLengthWord(uint32_t &length) {
+  unsigned char word[4];
+  if (read(m_nFileDescriptor, word, sizeof word) != static_cast<ssize_t>(sizeof word)) return false;
+  length = load32(word);
+  // A length beyond the file's real size would map pages that fault when
+  // touched; one below the header cannot be a region at all.
+  struct stat info;
+  if (fstat(m_nFileDescriptor, &info) != 0) return false;
+  return length >= kHeaderSize && static_cast<uint64_t>(length) <= static_cast<uint64_t>(info.st_size);
+}
+
+bool CFileMemory::openAndMap(int flags, int protection) {
+  m_nFileDescriptor = open(m_sStoragePath.c_str(), flags, 0600);
+  if (m_nFileDescriptor < 0) return false;
+  m_bFileOpen = 1;
+  uint32_t length = 0;
+  if (!readLengthWord(length)) {
+    closeFile();
+    return false;
+  }
+  void *base = mmap(nullptr, length, protection, MAP_SHARED, m_nFileDescriptor, 0);
+  if (base == MAP_FAILED) {
+    closeFile();
+    throwKurvoError(kurvo_keys::kFileMapWriteFail, m_sStoragePath);
+  }
+  m_pBase = static_cast<char *>(base);
+  m_nLength = length;
+  m_bMapped = 1;
+  m_pHeader = m_pBase;
+  return true;
+}
+
+bool CFileMemory::openForRead() {
+  if (m_bWritable) return disableWrite();
+  return openAndMap(O_RDONLY, PROT_READ);
+}
+
+bool CFileMemory::openForWrite() {
+  if (!openAndMap(O_RDWR | O_CREAT, PROT_READ | PROT_WRITE)) return false;
+  m_bWritable = 1;
+  return true;
+}
+
+bool CFileMemory::enableWrite() {
+  if (!m_bMapped || !m_bFileOpen) return false;
+  munmap(m_pBase, m_nLength);
+  m_pBase = nullptr;
+  m_pHeader = nullptr;
+  m_bMapped = 0;
+  closeFile();
+  if (openForWrite()) return true;
+  disableWrite();
+  return false;
+}
+
+bool CFileMemory::disableWrite() {
+  if (m_bMapped) {
+    if (m_bWritable) writeHeader();
+    munmap(m_pBase, m_nLength);
+    m_pBase = nullptr;
+    m_pHeader = nullptr;
+    m_bWritable = 0;
+    m_bMapped = 0;
+  }
+  if (m_bFileOpen) closeFile();
+  return openForRead();
+}
+
+void CFileMemory::clearAll() {
+  if (m_bMapped) {
+    if (m_bWritable) writeHeader();
+    if (munmap(m_pBase, m_nLength) != 0) throwKurvoError(kurvo_keys::kUnmapFail, m_sStoragePath);
+    m_bMapped = 0;
+    m_bWritable = 0;
+  }
+  m_pBase = nullptr;
+  m_nLength = 0;
+  m_nUsed = 0;
+  if (m_bFileOpen) closeFile();
+  m_sStoragePath.clear();
+  m_pHeader = nullptr;
+}
+
+std::string CFileMemory::getStoragePath() const {
+  return m_sStoragePath.empty() ? std::string(".") : m_sStoragePath;
+}
+
+void CFileMemory::setStoragePath(const std::string &path) { m_sStoragePath = path; }
+
+void CFileMemory::writeHeader() {
+  m_pHeader = m_pBase;
+  store32(m_pHeader, m_nLength);
+  store32(m_pHeader + 4, m_nUsed);
+  store32(m_pHeader + 8, m_nInitialSize);
+  store32(m_pHeader + 12, m_nIncrement);
+}
+
+void CFileMemory::closeFile() {
+  close(m_nFileDescriptor);
+  m_nFileDescriptor = -1;
+  m_bFileOpen = 0;
+}
