@@ -20,10 +20,7 @@ constexpr size_t kMaxChainLength = 100;
 // The data area of record fileNumber; "AssertionFailed" when the number does
 // not name a record of the table.
 char *recordOf(CFileStorage *files, uint32_t fileNumber) {
-  char *record = nullptr;
-  if (files && fileNumber >= files->getFirst() && fileNumber < files->getUsed() &&
-      files->getFirst() != 0)
-    record = files->getData(fileNumber);
+  char *record = files ? files->getData(fileNumber) : nullptr;
   if (!record) throwKurvoError(kurvo_keys::kAssertionFailed, "");
   return record;
 }
