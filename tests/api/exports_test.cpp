@@ -125,6 +125,7 @@ TEST_F(ExportsTest, SettersStoreTheirValues) {
 
 TEST_F(ExportsTest, FileCursorWidensTheRank) {
   kidxSetUseRanking(index, 1);
+  kidxEmptyIndex(index);
   kidxNewFileLinks(index);
   CFileLinks *links = object()->links;
   ASSERT_NE(links, nullptr);
@@ -170,6 +171,7 @@ TEST_F(ExportsTest, ContentsAreNeverNullAndTheEndIsNotCaught) {
 
 TEST_F(ExportsTest, TableFunctionsPassErrorsOn) {
   kidxSetUseRanking(index, 0);
+  kidxEmptyIndex(index);
   kidxNewFileLinks(index);
   // Reading a next-list word outside the table is an assertion the host sees.
   EXPECT_TRUE(throwsKurvo([&] { kflGetNextList(kidxGetLinks(index), 0x7FFFFFF0u); }));

@@ -86,10 +86,13 @@ class ContentsTest : public ::testing::Test {
     folder = addRecord(folderPath, 0);
   }
 
-  // Installs an analyzer under name; the index owns and deletes it.
+  // Installs an analyzer under name, replacing (and deleting) an earlier one;
+  // the index owns and deletes it.
   template <typename A>
   A *install(const std::string &name, A *analyzer) {
-    index->analyzers[name] = analyzer;
+    CFileAnalyzer *&slot = index->analyzers[name];
+    delete slot;
+    slot = analyzer;
     return analyzer;
   }
 
