@@ -72,6 +72,8 @@ class CKurvoIndex {
   int doesWordMatch(const char *word, const char *pattern) const;
   // The byte an HTML character reference (the text between '&' and ';') names.
   unsigned char htmlChar(const char *reference) const;
+  // Fills the entity map with the named references htmlChar knows.
+  void fillEntities();
   // Writes one archive member to a temporary file; its path, or "" on failure.
   std::string extractToTempFile(const char *archivePath, const char *memberName,
                                 uint32_t memberNumber);

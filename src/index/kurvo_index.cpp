@@ -1,0 +1,140 @@
+// CKurvoIndex: construction, clearing, settings and progress reporting.
+#include "index/kurvo_index.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "storage/lower_case_table.h"
+
+namespace {
+
+// Position of the fourth '/' counted from the end of path, or npos when the
+// path holds fewer than four.
+std::string::size_type fourthSlashFromEnd(const std::string &path) {
+  std::string::size_type hit = path.size();
+  for (int found = 0; found < 4; ++found) {
+    if (hit == 0) return std::string::npos;
+    hit = path.rfind('/', hit - 1);
+    if (hit == std::string::npos) return std::string::npos;
+  }
+  return hit;
+}
+
+}  // namespace
+
+CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
+    : storagePath(storagePath) {
+  // The host sets the four classes it relies on; start them all at 0.
+  std::memset(validCharMask, 0, sizeof validCharMask);
+  std::memset(validTrailingMask, 0, sizeof validTrailingMask);
+  std::memset(validViewableMask, 0, sizeof validViewableMask);
+  std::memset(nonAlphaCharMask, 0, sizeof nonAlphaCharMask);
+  partialWord[0] = 0;
+
+  // The walk never enters the folder three levels above the storage folder
+  // (none, left empty, when the path is too shallow to have one).
+  std::string::size_type cut = fourthSlashFromEnd(storagePath);
+  if (cut != std::string::npos) skippedFolder = storagePath.substr(0, cut);
+
+  // Control bytes: 1-6, 8 and 14-31; bell and the line and page layout bytes
+  // 9-13 are left out on purpose.
+  std::memset(controlCharMask, 0, sizeof controlCharMask);
+  mapLowerCaseChars();
+  for (int c = 1; c <= 8; ++c) controlCharMask[c] = 1;
+  controlCharMask[7] = 0;
+  for (int c = 14; c <= 31; ++c) controlCharMask[c] = 1;
+
+  clear();
+
+  const std::string filesName = storagePath + "files";
+  const std::string wordsName = storagePath + "words";
+  const std::string skippedName = storagePath + "skipped";
+  const std::string linksName = storagePath + "links";
+
+  if (create) {
+    try {
+      files = new CFileStorage(filesName, 1000);
+      words = new CTextStorage(wordsName, 131071, 1048575, 16, 40000);
+      skipWords = new CTextStorage(skippedName, 32767, 65535, 0, 1000);
+      links = new CFileLinks(linksName, 65535, 1048575, UseRanking);
+    } catch (...) {
+      freeMemFiles();
+      throw;
+    }
+  } else {
+    FILE *hash = std::fopen((storagePath + "hash").c_str(), "rb");
+    if (!hash) throwKurvoError(kurvo_keys::kStorageReadError, storagePath);
+    try {
+      files = new CFileStorage(filesName, hash);
+      words = new CTextStorage(wordsName, hash);
+      skipWords = new CTextStorage(skippedName, hash);
+      links = new CFileLinks(linksName, hash);
+    } catch (...) {
+      std::fclose(hash);
+      freeMemFiles();
+      throw;
+    }
+    std::fclose(hash);
+  }
+
+  fillEntities();
+}
+
+CKurvoIndex::~CKurvoIndex() {
+  clear();
+}
+
+void CKurvoIndex::clear() {
+  clearAnalyzers();
+  freeMemFiles();
+  NumberHandling = 0;
+  UseRanking = 1;
+  MinWordLength = 3;
+  MaxWordLength = 16;
+  IsUpdate = 0;
+  TrackAll = 1;
+  setIncludeCount(0);
+  setExcludeCount(0);
+}
+
+void CKurvoIndex::freeMemFiles() {
+  delete files;
+  files = nullptr;
+  delete words;
+  words = nullptr;
+  delete skipWords;
+  skipWords = nullptr;
+  delete wordLinks;
+  wordLinks = nullptr;
+  delete links;
+  links = nullptr;
+}
+
+void CKurvoIndex::setTimeBase(double macTime) {
+  double seconds = std::trunc(macTime - static_cast<double>(kMacToUnixSeconds));
+  // Out-of-range times saturate instead of overflowing the conversion.
+  if (std::isnan(seconds)) seconds = 0.0;
+  if (seconds > std::numeric_limits<int32_t>::max()) seconds = std::numeric_limits<int32_t>::max();
+  if (seconds < std::numeric_limits<int32_t>::min()) seconds = std::numeric_limits<int32_t>::min();
+  TimeBase = static_cast<int32_t>(seconds);
+}
+
+std::string CKurvoIndex::configurationFolder() const {
+  std::string::size_type cut = fourthSlashFromEnd(storagePath);
+  // A shallower storage path has no such folder; configuration file names
+  // are then taken relative to the working folder.
+  if (cut == std::string::npos) return std::string();
+  return storagePath.substr(0, cut + 1);
+}
+
+void CKurvoIndex::reportProgress(const char *key, const std::string &argument) {
+  if (ShowStatus == 0) return;
+  time_t now = std::time(nullptr);
+  if (now <= lastStatusTime) return;
+  if (setStatus(key, argument) == 0) throwKurvoError(kurvo_keys::kHaltRequested, "");
+  lastStatusTime = now;
+}

@@ -1,0 +1,125 @@
+// CKurvoIndex word indexing: recording word occurrences and loading the skip words.
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "index/kurvo_index.h"
+#include "storage/byte_io.h"
+#include "storage/lower_case_table.h"
+
+namespace {
+
+constexpr uint32_t kSkipReadSize = 65535;
+
+struct FileCloser {
+  void operator()(FILE *f) const { std::fclose(f); }
+};
+
+}  // namespace
+
+uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber) {
+  if (skipWords) {
+    uint32_t skipped = skipWords->lookup(word);
+    if (skipped) return skipped;
+  }
+
+  // Without the tables of a collecting index there is nowhere to record it.
+  if (!words || !wordLinks) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  uint32_t wordNumber = words->lookup(word);
+  if (!wordNumber) {
+    wordNumber = words->addText(word);
+    ++WordsIndexed;
+  }
+
+  // A reopened table is mapped read-only until something makes it writable;
+  // the word data is rewritten in place.
+  if (!words->isWritable()) words->enableWrite();
+
+  // Only the word's current file is kept here; its pair goes to the word
+  // links when the word turns up in another file.
+  char *data = words->getData(wordNumber);
+  uint32_t currentFile = load32(data + word_data::kCurrentFile);
+  uint16_t counter = load16(data + word_data::kCounter);
+  uint32_t earlierFiles = load32(data + word_data::kEarlierFiles);
+
+  if (currentFile == 0) {
+    store32(data + word_data::kCurrentFile, fileNumber);
+    store16(data + word_data::kCounter, 0);
+    store32(data + word_data::kEarlierFiles, 0);
+  } else if (currentFile != fileNumber) {
+    wordLinks->addWord(currentFile, wordNumber, static_cast<unsigned char>(counter & 0xFF));
+    store32(data + word_data::kCurrentFile, fileNumber);
+    store16(data + word_data::kCounter, 0);
+    store32(data + word_data::kEarlierFiles, earlierFiles + 1);
+  } else if (UseRanking && counter != 255) {
+    store16(data + word_data::kCounter, static_cast<uint16_t>(counter + 1));
+  }
+  return wordNumber;
+}
+
+uint32_t CKurvoIndex::indexExcludedWord(const char *word) {
+  uint32_t entry = skipWords->lookup(word);
+  if (entry) return entry;
+  return skipWords->addText(word);
+}
+
+void CKurvoIndex::indexExcludeBuffer(char *buffer, uint32_t length) {
+  // Words are lower-cased and cut in place; reading and writing go in step.
+  char *wordStart = buffer;
+  for (uint32_t i = 0; i < length; ++i) {
+    char *at = buffer + i;
+    const unsigned char c = static_cast<unsigned char>(*at);
+    const bool inWord = at != wordStart;
+    if (validCharMask[c] || (inWord && validTrailingMask[c])) {
+      *at = static_cast<char>(lowerCase(c));
+    } else if (!inWord) {
+      wordStart = at + 1;
+    } else {
+      *at = 0;
+      indexExcludedWord(wordStart);
+      wordStart = at + 1;
+    }
+  }
+
+  const char *end = buffer + length;
+  if (end != wordStart) {
+    size_t carried = static_cast<size_t>(end - wordStart);
+    if (carried > sizeof partialWord - 1) carried = sizeof partialWord - 1;
+    std::memcpy(partialWord, wordStart, carried);
+    partialWord[carried] = 0;
+  }
+}
+
+void CKurvoIndex::indexExclusions() {
+  if (ShowStatus) setStatus(kurvo_keys::kIndexingExcluded, "");
+
+  delete skipWords;
+  skipWords = nullptr;
+  skipWords = new CTextStorage(storagePath + "skipped", 32767, 65535, 0, 1000);
+
+  std::string path = !skipFilePath.empty() ? skipFilePath : configurationFolder() + "skipfile.txt";
+  std::unique_ptr<FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+  if (!file) throwKurvoError(kurvo_keys::kSkipOpenFail, path);
+
+  std::vector<char> buffer(kSkipReadSize);
+  uint32_t carried = 0;
+  partialWord[0] = 0;
+  for (;;) {
+    size_t n = std::fread(buffer.data() + carried, 1, kSkipReadSize - carried, file.get());
+    if (n == 0) break;
+    partialWord[0] = 0;
+    indexExcludeBuffer(buffer.data(), carried + static_cast<uint32_t>(n));
+    BytesRead += static_cast<double>(n);
+    // With no unfinished word the previous carry length stays: those bytes,
+    // already lower-cased, are read again in front of the next data.
+    if (partialWord[0]) {
+      carried = static_cast<uint32_t>(std::strlen(partialWord));
+      std::memcpy(buffer.data(), partialWord, carried);
+    }
+  }
+  // A last word without a separator after it needs more than two bytes.
+  if (std::strlen(partialWord) > 2) indexExcludedWord(partialWord);
+}
