@@ -2,6 +2,7 @@
 #include "kurvo.h"
 
 #include <errno.h>
+#include <ftw.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -44,6 +45,13 @@ static int onStatus(const char *key, const char *argument, int fromLibrary) {
 #define FORMAT_PATH(buffer, ...)                                               \
   CHECK(snprintf(buffer, sizeof buffer, __VA_ARGS__) < (int)sizeof buffer, \
         "path too long")
+
+static int removeEntry(const char *path, const struct stat *st, int kind, struct FTW *walk) {
+  (void)st;
+  (void)kind;
+  (void)walk;
+  return remove(path);
+}
 
 static void makeFolder(const char *path) {
   CHECK(mkdir(path, 0700) == 0 || errno == EEXIST, "mkdir %s", path);
@@ -341,5 +349,6 @@ int main(int argc, char **argv) {
   CHECK(errorCount == 0, "closing");
 
   printf("c_api_test: all checks passed in %s\n", base);
+  nftw(base, removeEntry, 16, FTW_DEPTH | FTW_PHYS);
   return 0;
 }

@@ -4,7 +4,7 @@
 add_executable(kurvo_c_api_test ${CMAKE_CURRENT_LIST_DIR}/c_api_test.c)
 set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/c_api_test.c PROPERTIES LANGUAGE C)
 set_target_properties(kurvo_c_api_test PROPERTIES C_STANDARD 99 C_EXTENSIONS OFF)
-target_compile_definitions(kurvo_c_api_test PRIVATE _POSIX_C_SOURCE=200809L)
+target_compile_definitions(kurvo_c_api_test PRIVATE _XOPEN_SOURCE=700)
 target_link_libraries(kurvo_c_api_test PRIVATE kurvo)
 add_test(NAME kurvo_c_api COMMAND kurvo_c_api_test ${CMAKE_CURRENT_BINARY_DIR}/tmp)
 
