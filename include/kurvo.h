@@ -311,13 +311,14 @@ KURVO_API const char *kfcContents(void *contents);
  * next call on the viewer. THROWS "EndOfContents" after the last line. */
 KURVO_API const char *kfcNext(void *contents);
 
-/* Queries mark words of the display text. A query is a row of terms (word
- * characters plus the wildcards '*' and '?'; the text is lower-cased before
- * comparing, the terms are not, so write them in lower case; a trailing '?'
- * may match nothing); other characters only separate terms. A term or parenthesised group after '+' never marks. "a <N b" marks
- * a only when a word matching b follows within the next N + 1 words; N is
- * read from the digits 0 to 8 (a 9 ends it), and without a number the
- * viewer's defaultDistance applies. */
+/* Queries mark words of the display text. A query is a row of terms: word
+ * characters and the wildcards '*' and '?' (a trailing '?' may match
+ * nothing). The text is lower-cased before comparing, the terms are not, so
+ * write them in lower case. Other characters only separate terms. A term or
+ * parenthesised group after '+' never marks. "a <N b" marks a only when a
+ * word matching b follows within the next N + 1 words; N is read from the
+ * digits 0 to 8 (a 9 ends it), and without a number the viewer's
+ * defaultDistance applies. */
 
 /* True when the display text holds a hit of the query. */
 KURVO_API bool kfcContainsHit(void *contents, const char *query);
