@@ -91,7 +91,9 @@ char *CFileContents::searchBuffer(char *from, const char *query, int distance, b
 
   for (int examined = 0;; ++examined) {
     if (*word == '\0') return word;
-    if (distance > 0 && examined > distance) return word + std::strlen(word);
+    // Out of reach: the search ends at the terminating NUL. Its place is
+    // known, so a failed proximity test does not scan the rest of the text.
+    if (distance > 0 && examined > distance) return contentsText + contentsLength;
 
     // Try every term of the query on this word.
     const char *q = query;
