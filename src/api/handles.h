@@ -14,3 +14,13 @@ inline CFileStorage *asFileStorage(void *handle) { return static_cast<CFileStora
 inline CFileLinks *asFileLinks(void *handle) { return static_cast<CFileLinks *>(handle); }
 inline CFileContents *asContents(void *handle) { return static_cast<CFileContents *>(handle); }
 inline char *asRecord(void *handle) { return static_cast<char *>(handle); }
+
+// Runs the work of an exported function that catches every error: the host
+// has already heard of it through its callback and gets no result.
+template <typename Work>
+void caught(Work &&work) noexcept {
+  try {
+    work();
+  } catch (...) {
+  }
+}

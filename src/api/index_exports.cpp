@@ -12,12 +12,11 @@
 extern "C" {
 
 KURVO_API void kidxClearIndex(void *index) {
-  try {
+  caught([&] {
     CKurvoIndex *idx = asIndex(index);
     idx->clear();
     delete idx;
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxCreateAnalyzers(void *index) { asIndex(index)->createAnalyzers(); }
@@ -32,10 +31,9 @@ KURVO_API void kidxSetExcludeCount(void *index, int count) {
 
 KURVO_API void kidxSetIncludePattern(void *index, int i, const char *pattern,
                                      const char *analyzerName) {
-  try {
+  caught([&] {
     asIndex(index)->setIncludePattern(i, pattern, analyzerName);
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxSetExcludePattern(void *index, int i, const char *pattern) {
@@ -51,59 +49,51 @@ KURVO_API int kidxDoesWordMatch(void *index, const char *word, const char *patte
 }
 
 KURVO_API void kidxEmptyIndex(void *index) {
-  try {
+  caught([&] {
     asIndex(index)->emptyIndex();
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxNewFileLinks(void *index) {
-  try {
+  caught([&] {
     asIndex(index)->newFileLinks();
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxIndexExclusions(void *index) {
-  try {
+  caught([&] {
     asIndex(index)->indexExclusions();
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxIndexWord(void *index, const char *word, unsigned int fileNumber) {
-  try {
+  caught([&] {
     asIndex(index)->indexWord(word, fileNumber);
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxIndexDirectory(void *index, const char *folderPath, unsigned int parentId) {
-  try {
+  caught([&] {
     asIndex(index)->indexDirectory(folderPath, parentId);
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxPrune(void *index) {
-  try {
+  caught([&] {
     asIndex(index)->prune();
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxCompressLinks(void *index) {
-  try {
+  caught([&] {
     asIndex(index)->compressLinks();
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void kidxStoreStorage(void *index, const char *folder) {
-  try {
+  caught([&] {
     asIndex(index)->storeStorage(std::string(folder));
-  } catch (...) {
-  }
+  });
 }
 
 KURVO_API void *kidxGetWords(void *index) { return asIndex(index)->words; }
