@@ -74,6 +74,10 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
     setStatus(kurvo_keys::kSkippedKurvoDirectory, "");
     return;
   }
+  if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  // A reopened index maps its tables read-only, and known records are
+  // rewritten in place.
+  if (!files->isWritable()) files->enableWrite();
   // Counted before opening, so unreadable folders show up in the count too.
   ++DirectoriesRead;
   FolderReader folder(folderPath);
