@@ -176,6 +176,7 @@ TEST(FirstIndex, BuildsAStoredIndexAndUpdatesItAfterChanges) {
   const std::vector<Indexed> firstRun = indexed(before, tree, firstTexts);
   EXPECT_EQ(recordsIn(*reopen(tmp)->files), firstRecords);
   EXPECT_EQ(listsIn(*reopen(tmp)), expectedLists({firstRun}));
+  EXPECT_NE(reopen(tmp)->skipWords->lookup("SKIP"), 0u);
 
   // Changes between the runs.
   const std::string sub1 = tree.path("sub1");

@@ -40,11 +40,8 @@ TEST_F(TextStorage, HashFoldsCaseAndAddsSignedBytes) {
   for (const auto &[text, bucket] : cases) EXPECT_EQ(t.getHash(text), bucket) << text;
 }
 
-TEST_F(TextStorage, EntriesLieBackToBackBehindTheirPrefix) {
-  CTextStorage words(dir.file("words"), 1024, 4096, 16, 10);
-  EXPECT_EQ(words.addText("alpha"), 36u);  // header 16 + next 4 + data 16
-  EXPECT_EQ(words.addText("beta"), 36u + 6u + 20u);
-  EXPECT_EQ(words.getData(36), words.getText(36) - 16);
+TEST_F(TextStorage, SkipTableEntriesHaveOnlyTheNextWordInFront) {
+  // The word table's 20-byte prefix is checked byte for byte by the folder indexing test.
   CTextStorage skip(dir.file("skipped"), 1024, 4096, 0, 10);
   EXPECT_EQ(skip.addText("the"), 20u);
   EXPECT_EQ(skip.addText("and"), 28u);
