@@ -1,0 +1,61 @@
+// An index's life in its storage folder: emptying, storing, reopening, skip file.
+#include <gtest/gtest.h>
+
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+TEST(Lifecycle, EmptyIndexKeepsSkipWordsAndDropsLinksUntilNewFileLinks) {
+  TempDir tmp;
+  auto index = startFullBuild(tmp, "the\n");
+  index->indexWord("alpha", index->files->addFile("x"));
+  index->FilesIndexed = index->ContentsIndexed = index->DirectoriesRead = 7;
+  index->BytesRead = 9.0;
+  index->IsUpdate = 1;
+  index->emptyIndex();
+  EXPECT_EQ(index->links, nullptr);
+  EXPECT_EQ(index->words->getFirst(), 0u);
+  EXPECT_EQ(index->WordsIndexed + index->FilesIndexed + index->ContentsIndexed +
+                index->DirectoriesRead + index->IsUpdate,
+            0u);
+  EXPECT_EQ(index->BytesRead, 0.0);
+  index->newFileLinks();
+  EXPECT_NE(index->indexWord("the", index->files->addFile("y")), 0u);
+  EXPECT_EQ(index->words->lookup("the"), 0u) << "still a skip word";
+}
+
+TEST(Lifecycle, StoringTwiceWritesTheSameSummaryAndAMissingFolderFails) {
+  TempDir tmp;
+  CapturedMessages messages;
+  auto index = startFullBuild(tmp);
+  index->indexWord("alpha", index->files->addFile("x"));
+  index->storeStorage(tmp.path());
+  const std::string first = tmp.read("hash");
+  index->storeStorage(tmp.path());
+  EXPECT_EQ(tmp.read("hash"), first);
+  EXPECT_FALSE(index->files->isWritable());
+
+  const std::string missing = tmp.path() + "nowhere/";
+  EXPECT_TRUE(throwsKurvo([&] { index->storeStorage(missing); }));
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, "StorageReadError");
+  EXPECT_EQ(messages.lastError()->argument, missing);
+}
+
+TEST(Lifecycle, OpeningWithoutSummaryAndLoadingAMissingSkipFileFail) {
+  TempDir tmp;
+  CapturedMessages messages;
+  EXPECT_TRUE(throwsKurvo([&] { CKurvoIndex(false, tmp.path()); }));
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, "StorageReadError");
+  EXPECT_EQ(messages.lastError()->argument, tmp.path());
+
+  // Without a skip-file setting the file is looked for three folders above
+  // the storage folder.
+  CKurvoIndex index(true, tmp.path());
+  EXPECT_TRUE(throwsKurvo([&] { index.indexExclusions(); }));
+  EXPECT_EQ(messages.lastError()->key, "SkipOpenFail");
+  EXPECT_EQ(messages.lastError()->argument, index.configurationFolder() + "skipfile.txt");
+  ASSERT_NE(index.skipWords, nullptr);
+  EXPECT_EQ(index.skipWords->getFirst(), 0u);
+}
