@@ -49,6 +49,7 @@ void CKurvoIndex::prune() {
     reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
 
     const char *data = files->getData(record);
+    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     if (file_record::isObsolete(data)) continue;
 
     const uint32_t parent = file_record::parent(data);

@@ -32,6 +32,7 @@ void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) 
       sinceReport = 0;
     }
     char *data = words.getData(word);
+    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     const uint32_t earlier = load32(data + word_data::kEarlierFiles);
     if (earlier == 0) continue;
     const uint32_t blockSize = entrySize * (earlier + 1) + 4;

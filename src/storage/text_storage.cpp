@@ -44,7 +44,11 @@ void CTextStorage::reHash() {
   while (count < m_nEntryCount) count *= 2;
   resetBuckets(count);
   for (uint32_t entry = getFirst(); entry; entry = getNext(entry)) clearNextWord(entry);
-  for (uint32_t entry = getFirst(); entry; entry = getNext(entry)) addHash(getText(entry), entry);
+  for (uint32_t entry = getFirst(); entry; entry = getNext(entry)) {
+    const char *text = getText(entry);
+    if (!text) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    addHash(text, entry);
+  }
 }
 
 uint32_t CTextStorage::lookup(const char *text) {

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <random>
 
 #include "contents/file_contents.h"
@@ -26,8 +27,11 @@ void exerciseIndex(const std::string &storage) {
   index->MaxPerFileRead = 100000;
   try {
     for (uint32_t w = index->words->getFirst(); w; w = index->words->getNext(w)) {
-      index->words->lookup(index->words->getText(w));
+      // Like a careful host: unreadable entries come back as null.
+      const char *text = index->words->getText(w);
       const char *data = index->words->getData(w);
+      if (!text || !data) continue;
+      index->words->lookup(text);
       uint32_t position = load32(data + word_data::kListPosition);
       for (int blocks = 0; position && blocks < 50; ++blocks) {
         unsigned char count = 0;
@@ -64,7 +68,10 @@ void exerciseIndex(const std::string &storage) {
 void corrupt(const std::string &path, std::mt19937 &random) {
   std::string bytes = readFile(path);
   if (bytes.empty()) return;
-  switch (random() % 3) {
+  switch (random() % 4) {
+    case 3:  // everything behind the header overwritten
+      if (bytes.size() > 16) std::fill(bytes.begin() + 16, bytes.end(), static_cast<char>(0xFF));
+      break;
     case 0:  // a few random bytes
       for (int i = 0; i < 4; ++i) bytes[random() % bytes.size()] = static_cast<char>(random());
       break;
