@@ -1,0 +1,64 @@
+// Reads a stored index through the exported table functions: file records
+// with their full paths, words, and the files each word occurs in.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace kurvo_cli {
+
+struct FileRecord {
+  uint32_t parent = 0;
+  std::string name;
+  double macTime = 0;  // seconds since 1904
+  uint32_t size = 0;
+  bool deleted = false;
+};
+
+struct WordFile {
+  uint32_t file;
+  unsigned countByte;  // occurrences - 1, held at 255 (255 without ranking)
+};
+
+class IndexReader {
+ public:
+  explicit IndexReader(void *index);
+
+  // All records, deleted ones included.
+  const std::unordered_map<uint32_t, FileRecord> &records() const { return m_records; }
+
+  // The full path of a live file or member ("container::member" inside
+  // archives); empty when the record is deleted, a folder, unknown, or its
+  // parent chain is broken.
+  const std::string &filePath(uint32_t record);
+  bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
+
+  // The record of a live file by its full path, or 0.
+  uint32_t findFile(const std::string &path);
+
+  // Index words matching a lower-cased term (wildcards expanded).
+  std::vector<std::pair<uint32_t, std::string>> matchingWords(const std::string &term);
+  // The files of one word, as stored (not filtered).
+  std::vector<WordFile> filesOfWord(uint32_t word);
+
+  // Folder records (parent 0) that are not deleted.
+  std::vector<std::string> folders() const;
+  uint32_t wordCount();
+
+  void *index() const { return m_index; }
+
+ private:
+  void loadRecords();
+  std::string buildPath(uint32_t record, int depth);
+
+  void *m_index;
+  std::unordered_map<uint32_t, FileRecord> m_records;
+  std::unordered_map<uint32_t, std::string> m_paths;
+  std::unordered_map<std::string, uint32_t> m_byPath;
+  bool m_pathsComplete = false;
+};
+
+}  // namespace kurvo_cli
