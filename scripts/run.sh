@@ -5,3 +5,14 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 scripts/build.sh
 echo "kurvo library built: build/lib/libkurvo.so"
+
+# A named index of its own, so the user's default index is left alone.
+kurvo=build/bin/kurvo
+"$kurvo" --index usr-share-doc index /usr/share/doc
+echo
+echo "kurvo --index usr-share-doc search 'copyright & license' --limit 10"
+status=0
+"$kurvo" --index usr-share-doc search --limit 10 'copyright & license' || status=$?
+if [ "$status" -gt 1 ]; then exit "$status"; fi
+echo
+echo "Try: $kurvo --index usr-share-doc search --outline 'free <2 software'"
