@@ -96,9 +96,13 @@ int main(int argc, char **argv) {
 
   try {
     app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &e) {
+    return app.exit(e);
+  } catch (const CLI::CallForAllHelp &e) {
+    return app.exit(e);
   } catch (const CLI::ParseError &e) {
-    int code = app.exit(e);
-    return code == 0 ? 0 : kExitError;
+    std::cerr << "kurvo: " << e.what() << " (see: kurvo --help)\n";
+    return kExitError;
   }
 
   try {
@@ -127,7 +131,7 @@ int main(int argc, char **argv) {
       }
       for (const CLI::App *sub : app.get_subcommands({})) {
         if (sub->get_name() == helpTopic.front()) {
-          std::cout << sub->help();
+          std::cout << sub->help("kurvo");
           return 0;
         }
       }

@@ -39,7 +39,7 @@ std::string manPage(const CLI::App &app) {
   out << ".SH DESCRIPTION\n.nf\n" << literal(app.help("", CLI::AppFormatMode::Normal)) << ".fi\n";
   out << ".SH COMMANDS\n";
   for (const CLI::App *sub : app.get_subcommands([](const CLI::App *s) { return !s->get_group().empty(); })) {
-    out << ".SS " << sub->get_name() << "\n.nf\n" << literal(sub->help("", CLI::AppFormatMode::Normal)) << ".fi\n";
+    out << ".SS " << sub->get_name() << "\n.nf\n" << literal(sub->help("kurvo", CLI::AppFormatMode::Normal)) << ".fi\n";
   }
   out << ".SH QUERY LANGUAGE\n.nf\n" << literal(queryLanguageHelp()) << ".fi\n";
   out << ".SH FILES\n.TP\n.I ~/.kurvo/indexes/NAME/store/\nthe storage of a named index (KURVO_HOME replaces ~/.kurvo)\n"
