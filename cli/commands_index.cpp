@@ -114,8 +114,8 @@ void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalO
   for (const IncludeRule &rule : missing) names.insert(rule.analyzer);
   std::string list;
   for (const std::string &name : names) list += (list.empty() ? "" : ", ") + name;
-  std::cerr << "kurvo: note: this build has no " << list
-            << " analyzer; such files are listed without their words (--verbose for details)\n";
+  std::cerr << "kurvo: note: this build has no analyzer for " << list
+            << " files; they are listed without their words (--verbose for details)\n";
 }
 
 int64_t unixNow() { return static_cast<int64_t>(std::time(nullptr)); }
@@ -169,7 +169,7 @@ void printSummary(const RunSummary &s, const GlobalOptions &global) {
   if (global.quiet) return;
   char line[256];
   double rate = s.seconds > 0 ? s.bytes / s.seconds : s.bytes;
-  std::snprintf(line, sizeof line, "%s: %u folders, %u files (%u read), %u new words, %s in %.1f s (%s/s)",
+  std::snprintf(line, sizeof line, "%s: %u folders, %u entries recorded, %u files read, %u new words, %s in %.1f s (%s/s)",
                 s.kind == "update" ? "Updated" : "Indexed", s.folders, s.files, s.contents, s.words,
                 humanBytes(s.bytes).c_str(), s.seconds, humanBytes(rate).c_str());
   std::cout << line << "\n";
