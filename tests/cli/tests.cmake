@@ -1,10 +1,10 @@
 # Tests of the kurvo command: query language unit tests, and end-to-end runs
 # of the built binary on generated folders.
-if(TARGET kurvo_query)
-  add_executable(kurvo_cli_tests
-    ${CMAKE_CURRENT_LIST_DIR}/query_parser_test.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/query_eval_test.cpp)
-  target_link_libraries(kurvo_cli_tests PRIVATE kurvo_query GTest::gtest GTest::gtest_main)
+if(TARGET kurvo_cli_support)
+  file(GLOB kurvo_cli_unit CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/*_test.cpp)
+  add_executable(kurvo_cli_tests ${kurvo_cli_unit})
+  target_include_directories(kurvo_cli_tests PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(kurvo_cli_tests PRIVATE kurvo_cli_support GTest::gtest GTest::gtest_main)
   gtest_discover_tests(kurvo_cli_tests DISCOVERY_TIMEOUT 60)
 endif()
 
