@@ -8,15 +8,9 @@
 #include <utility>
 #include <vector>
 
-namespace kurvo_cli {
+#include "record_paths.h"
 
-struct FileRecord {
-  uint32_t parent = 0;
-  std::string name;
-  double macTime = 0;  // seconds since 1904
-  uint32_t size = 0;
-  bool deleted = false;
-};
+namespace kurvo_cli {
 
 struct WordFile {
   uint32_t file;
@@ -28,16 +22,16 @@ class IndexReader {
   explicit IndexReader(void *index);
 
   // All records, deleted ones included.
-  const std::unordered_map<uint32_t, FileRecord> &records() const { return m_records; }
+  const RecordTable &records() const { return m_records; }
 
   // The full path of a live file or member ("container::member" inside
   // archives); empty when the record is deleted, a folder, unknown, or its
   // parent chain is broken.
-  const std::string &filePath(uint32_t record);
+  const std::string &filePath(uint32_t record) { return m_paths.filePath(record); }
   bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
 
   // The record of a live file by its full path, or 0.
-  uint32_t findFile(const std::string &path);
+  uint32_t findFile(const std::string &path) { return m_paths.findFile(path); }
 
   // Index words matching a lower-cased term (wildcards expanded).
   std::vector<std::pair<uint32_t, std::string>> matchingWords(const std::string &term);
@@ -52,13 +46,10 @@ class IndexReader {
 
  private:
   void loadRecords();
-  std::string buildPath(uint32_t record, int depth);
 
   void *m_index;
-  std::unordered_map<uint32_t, FileRecord> m_records;
-  std::unordered_map<uint32_t, std::string> m_paths;
-  std::unordered_map<std::string, uint32_t> m_byPath;
-  bool m_pathsComplete = false;
+  RecordTable m_records;
+  RecordPaths m_paths{m_records};
 };
 
 }  // namespace kurvo_cli
