@@ -39,6 +39,12 @@ class CFileAnalyzer {
                                     bool firstBuffer, int *state);
   // Per-character hooks, called only when m_bHooks is set; true when the
   // hook consumed the character.
+  // checkIndexCharacter: current points at a copy of the byte under *read,
+  // which the hook may replace; on false the base classifies *current and
+  // steps past *read, on true it goes on at *read as the hook left it.
+  // checkStripCharacter: current likewise; remaining counts the bytes after
+  // *read. A hook that takes more bytes moves *read to the last of them and
+  // lowers remaining to match; after true the base steps past *read.
   virtual bool checkIndexCharacter(char *current, char **read, char **wordStart, char **write,
                                    char **bufferStart, unsigned long length);
   virtual bool checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining,

@@ -4,37 +4,33 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "storage/file_memory.h"
+#include "storage/link_region.h"
 
 // After a reserved zero word at offset 16, list blocks: (E + 1) entries of a
 // u32 file number (plus a count byte when counts are on), filled from the top
 // slot down with the top slot left 0, then a u32 next-list position.
-class CFileLinks : public CFileMemory {
+class CFileLinks : public CLinkRegion {
  public:
-  CFileLinks(const std::string &path, uint32_t initialSize, uint32_t increment, int32_t counts);
-  // Raises "StorageReadError" with path when the description is bad.
-  CFileLinks(const std::string &path, FILE *stream);
-
-  bool read(FILE *stream);
-  bool store(FILE *stream);
+  CFileLinks(const std::string &path, uint32_t initialSize, uint32_t increment, int32_t counts)
+      : CLinkRegion(path, initialSize, increment, counts) {}
+  CFileLinks(const std::string &path, FILE *stream) : CLinkRegion(path, stream) {}
 
   uint32_t getSpace(uint32_t size) { return getNewSpace(size); }
   // Raises "AssertionFailed" when position is not addressable.
   void addFile(uint32_t position, uint32_t fileNumber, unsigned char count);
   // File number and count at position (255 without counts; 0 and 0 when not
   // addressable); position += entry size.
-  uint32_t getFile(uint32_t &position, unsigned char &count) const;
+  uint32_t getFile(uint32_t &position, unsigned char &count) const {
+    return readEntry(position, count);
+  }
+  // The next-list word at position. Raises "AssertionFailed" when it is not
+  // addressable.
   uint32_t getNextList(uint32_t position) const;
   void setNextList(uint32_t position, uint32_t value);
   // Replaces every occurrence of fileNumber met stepping by the entry size
   // from offset 0 with 1.
   void removeFile(uint32_t fileNumber);
 
-  uint32_t entrySize() const { return m_bCounts ? 5 : 4; }
-  bool hasCounts() const { return m_bCounts != 0; }
-
  private:
   char *writableRange(uint32_t position, uint32_t size);
-
-  int32_t m_bCounts = 0;
 };

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "storage/file_memory.h"
+#include "storage/hashed_storage.h"
 
 constexpr uint32_t kFileStorageMagic = 12370001;
 // Seconds from 1904-01-01 (the host's epoch) to 1970-01-01.
@@ -13,34 +13,27 @@ constexpr double kMacEpochOffset = 2082844800.0;
 // Record layout: u32 next-in-bucket, then the 16-byte data area (u32 parent,
 // i32 time last written, u32 size, u32 attributes), then the name with its
 // NUL. A record is known by the offset of its name; the first is 36.
-class CFileStorage : public CFileMemory {
+class CFileStorage : public CHashedStorage {
  public:
   CFileStorage(const std::string &path, uint32_t bucketCount);
-  // Raises "StorageReadError" with path when the description is bad.
+  // Raises "StorageReadError" with path when the file or the description
+  // cannot be read.
   CFileStorage(const std::string &path, FILE *stream);
-  ~CFileStorage() override;
 
   bool read(FILE *stream);
   bool store(FILE *stream);
 
-  uint32_t getHash(const char *name) const;
+  // Appends a record with zero fields; callers look up first and then set
+  // the fields. The bucket table never grows.
   uint32_t addFile(const char *name);
+  // The first record named name (ASCII case ignored) under parentId, or 0.
   uint32_t lookupFile(const char *name, uint32_t parentId);
 
-  uint32_t getFirst() const;
-  uint32_t getNext(uint32_t fileNumber) const;
-  // The number of the record that would be added next (records at or above it
-  // were added later).
+  // The number the next record would get: records at or above it were
+  // added later.
   uint32_t getRecordLimit() const { return getUsed(); }
-  char *getText(uint32_t fileNumber) const;
+  // The record's 16-byte data area (name address - 16), or null.
   char *getData(uint32_t fileNumber) const;
-
-  uint32_t getBucketCount() const { return m_nBucketCount; }
-
- private:
-  uint32_t m_nPrefixSize = 20;
-  uint32_t *m_pBuckets = nullptr;
-  uint32_t m_nBucketCount = 0;
 };
 
 // Field access on a record's data area (the address getData returns).

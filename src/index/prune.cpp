@@ -1,0 +1,112 @@
+// Bringing a stored index up to date with the disk: drop vanished files, re-index changed ones.
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <string>
+
+#include "analyzers/file_analyzer.h"
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "index/kurvo_index.h"
+
+namespace {
+
+// A record whose parent cannot be fetched means the file table is broken;
+// leave what we know in the current folder before giving up.
+void writeDeadParentReport(const char *name, uint32_t record, uint32_t parent,
+                           uint32_t lastParentFetched) {
+  FILE *out = std::fopen("deadkurvo.txt", "w");
+  if (!out) return;
+  std::fprintf(out, "Name %s\nnFile %x\npFileInfo->m_nParent %x\npFolderInfo %x\n", name,
+               static_cast<unsigned>(record), static_cast<unsigned>(parent),
+               static_cast<unsigned>(lastParentFetched));
+  std::fclose(out);
+}
+
+std::string progressText(uint32_t visited, uint32_t total) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%d/%d", static_cast<int>(visited), static_cast<int>(total));
+  return text;
+}
+
+}  // namespace
+
+void CKurvoIndex::prune() {
+  // New words of this run collect in a fresh word-link list for compressLinks.
+  delete wordLinks;
+  wordLinks = nullptr;
+  wordLinks = new CWordLinks(storagePath + "temp", 65535, 1048575, UseRanking);
+  enableWrite(true);
+
+  // Records added from here on (updates, re-indexed files) are not revisited.
+  const uint32_t recordLimit = files->getRecordLimit();
+  uint32_t visited = 0;
+  uint32_t lastParentFetched = 0;
+
+  for (uint32_t record = files->getFirst(); record && record < recordLimit;
+       record = files->getNext(record)) {
+    ++visited;
+    reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
+
+    const char *data = files->getData(record);
+    if (file_record::isObsolete(data)) continue;
+
+    const uint32_t parent = file_record::parent(data);
+    std::string path;
+    if (parent == 0) {
+      path = file_record::name(data);
+    } else {
+      const char *folder = files->getData(parent);
+      if (!folder) {
+        try {
+          throwKurvoError(kurvo_keys::kAssertionFailed, "");
+        } catch (int) {
+          writeDeadParentReport(file_record::name(data), record, parent, lastParentFetched);
+          throwKurvoError(kurvo_keys::kPruneParentError, "");
+        }
+      }
+      lastParentFetched = parent;
+      // A file as parent: an archive or mail member, which only its container knows.
+      if (file_record::parent(folder) != 0) continue;
+      path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
+    }
+
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) {
+      file_record::markObsolete(files->getData(record));
+      continue;
+    }
+    const int32_t modified = static_cast<int32_t>(info.st_mtime);
+
+    if (parent == 0) {
+      if (modified > TimeBase) updateDirectory(path.c_str(), record);
+      continue;
+    }
+    if (modified <= TimeBase) continue;
+
+    CFileAnalyzer *analyzer = analyzerThatMatches(path.c_str());
+    if (analyzer && isExcluded(path.c_str())) analyzer = nullptr;
+    if (!analyzer && !TrackAll) continue;
+
+    const uint32_t size = static_cast<uint32_t>(info.st_size);
+    char *old = files->getData(record);
+    file_record::setTime(old, modified);
+    file_record::setAttributes(old, 0);
+    file_record::setSize(old, size);
+    if (!analyzer) continue;
+
+    // Changed contents go under a new record; the old record's links then
+    // point at a deleted entry, which readers pass over.
+    ++FilesIndexed;
+    const std::string name = file_record::name(old);
+    const uint32_t fresh = files->addFile(name.c_str());
+    ++ContentsIndexed;
+    file_record::markObsolete(files->getData(record));
+    char *current = files->getData(fresh);
+    file_record::setTime(current, modified);
+    file_record::setAttributes(current, 0);
+    file_record::setParent(current, parent);
+    file_record::setSize(current, size);
+    analyzer->indexFile(path.c_str(), fresh);
+  }
+}

@@ -1,0 +1,80 @@
+// The hashed entry layout shared by the word tables and the file table.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "storage/file_memory.h"
+
+constexpr uint32_t kHashEntriesMagic = 12340001;
+
+// Writes the shared bucket-array record: magic, count, count bucket heads.
+bool storeHashEntries(FILE *stream, uint32_t count, const uint32_t *buckets);
+// Reads that record; sets count and returns a new[]-allocated array, or null.
+uint32_t *readHashEntries(FILE *stream, uint32_t &count);
+// The bucket of text: h = h * 33 + folded signed byte, stopping at a 0 fold.
+uint32_t hashText(const char *text, uint32_t bucketCount);
+
+// Entries lie back to back from offset 16 in the order added: a u32
+// next-in-bucket word, the table's data area, then the text and its NUL. An
+// entry is known by the offset of its text; the bucket heads live in ordinary
+// memory and in the saved description.
+class CHashedStorage : public CFileMemory {
+ public:
+  ~CHashedStorage() override;
+
+  uint32_t getHash(const char *text) const { return hashText(text, m_nBucketCount); }
+  // Walk every entry in the order added; 0 ends the walk.
+  uint32_t getFirst() const;
+  uint32_t getNext(uint32_t textOffset) const;
+  // The entry's text, or null when it is out of range or unterminated.
+  char *getText(uint32_t textOffset) const;
+
+  uint32_t getPrefixSize() const { return m_nPrefixSize; }
+  uint32_t getBucketCount() const { return m_nBucketCount; }
+
+ protected:
+  CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment,
+                 uint32_t prefixSize, uint32_t bucketCount);
+  explicit CHashedStorage(const std::string &path);
+
+  // Appends an entry with a zero prefix and the text; it is not yet linked.
+  uint32_t appendEntry(const char *text);
+  // Links the entry at the end of its bucket's chain, so a chain keeps its
+  // entries in the order they were linked.
+  void linkEntry(const char *text, uint32_t textOffset);
+  // The first entry of text's bucket chain for which matches(offset) holds,
+  // or 0. Raises "AssertionFailed" for a bucket out of range or a damaged chain.
+  template <typename Match>
+  uint32_t findInChain(const char *text, Match matches) const;
+  // Replaces the bucket heads by count empty ones.
+  void resetBuckets(uint32_t count);
+  void clearNextWord(uint32_t textOffset);
+  bool readBuckets(FILE *stream);
+  bool storeBuckets(FILE *stream) const;
+  // Frees what a failed opening holds and raises "StorageReadError" with path.
+  [[noreturn]] void failOpen(const std::string &path);
+
+  uint32_t m_nPrefixSize = 4;
+  uint32_t *m_pBuckets = nullptr;
+  uint32_t m_nBucketCount = 0;
+
+ private:
+  char *nextWord(uint32_t textOffset) const;
+  uint32_t nextInChain(uint32_t textOffset) const;
+  uint32_t bucketOf(const char *text) const;
+  // Raises "AssertionFailed" once a walk has taken more steps than the region
+  // can hold entries, so a damaged (cyclic) chain cannot hang a lookup.
+  void checkSteps(uint32_t steps) const;
+};
+
+template <typename Match>
+uint32_t CHashedStorage::findInChain(const char *text, Match matches) const {
+  uint32_t steps = 0;
+  for (uint32_t entry = m_pBuckets[bucketOf(text)]; entry; entry = nextInChain(entry)) {
+    checkSteps(steps++);
+    if (matches(entry)) return entry;
+  }
+  return 0;
+}

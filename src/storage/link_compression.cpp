@@ -1,0 +1,103 @@
+// Turning the word links of a run into one new file-list block per word.
+#include <cstdio>
+#include <string>
+
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "index/kurvo_index.h"
+#include "storage/byte_io.h"
+
+namespace {
+
+constexpr uint32_t kCompressReportStep = 50000;
+
+std::string rangeText(uint32_t from, uint32_t to) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%d\t%d", static_cast<int>(from), static_cast<int>(to));
+  return text;
+}
+
+// First pass: a block of E + 1 entries and a next-list word for every word
+// seen in more than one file, chained in front of its older blocks. The list
+// position starts at the top slot, which stays 0 and ends the block.
+void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
+  const uint32_t step = (index.WordsIndexed * 5) / 100;
+  uint32_t sinceReport = step + 1;
+  int percent = -5;
+  CTextStorage &words = *index.words;
+  for (uint32_t word = words.getFirst(); word; word = words.getNext(word)) {
+    if (++sinceReport > step && index.ShowStatus) {
+      percent += 5;
+      setStatus(kurvo_keys::kCountingCompress, std::to_string(percent));
+      sinceReport = 0;
+    }
+    char *data = words.getData(word);
+    const uint32_t earlier = load32(data + word_data::kEarlierFiles);
+    if (earlier == 0) continue;
+    const uint32_t blockSize = entrySize * (earlier + 1) + 4;
+    const uint32_t nextList = fileLinks.getSpace(blockSize) + blockSize - 4;
+    const uint32_t previous = load32(data + word_data::kListPosition);
+    if (previous) fileLinks.setNextList(nextList, previous);
+    store32(data + word_data::kListPosition, nextList - entrySize);
+  }
+}
+
+// Second pass: every (file, word) pair of the word links goes one slot down
+// in its word's new block, so a block reads newest file first.
+void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
+  const CWordLinks &wordLinks = *index.wordLinks;
+  CTextStorage &words = *index.words;
+  uint32_t position = 16;
+  uint32_t linksRead = 0;
+  uint32_t threshold = 0;
+  for (uint32_t file = wordLinks.getFile(position); file; file = wordLinks.getFile(position)) {
+    if (++linksRead >= threshold && index.ShowStatus) {
+      setStatus(kurvo_keys::kCompLinksFmt, rangeText(threshold, threshold + kCompressReportStep));
+      threshold += kCompressReportStep;
+    }
+    unsigned char count = 0;
+    for (uint32_t word = wordLinks.getWord(position, count); word;
+         word = wordLinks.getWord(position, count)) {
+      ++linksRead;
+      char *data = words.getData(word);
+      if (!data) continue;
+      if (load32(data + word_data::kEarlierFiles) < 1) continue;
+      if (file == load32(data + word_data::kCurrentFile)) continue;
+      const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
+      store32(data + word_data::kListPosition, slot);
+      fileLinks.addFile(slot, file, count);
+    }
+  }
+}
+
+}  // namespace
+
+void CKurvoIndex::compressLinks() {
+  if (!links || !wordLinks || !words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  CFileLinks *fileLinks = links;
+  const std::string tempPath = storagePath + "temp";
+  const uint32_t entrySize = UseRanking ? 5 : 4;
+
+  try {
+    placeBlocks(*this, *fileLinks, entrySize);
+    fillBlocks(*this, *fileLinks, entrySize);
+  } catch (...) {
+    // A half-built list is useless: drop every table the run touched. The
+    // file-link region taken above is the index's own, so it goes once.
+    delete fileLinks;
+    links = nullptr;
+    delete wordLinks;
+    wordLinks = nullptr;
+    std::remove(tempPath.c_str());
+    delete files;
+    files = nullptr;
+    delete words;
+    words = nullptr;
+    throw;
+  }
+
+  delete wordLinks;
+  wordLinks = nullptr;
+  std::remove(tempPath.c_str());
+  if (ShowStatus) setStatus(kurvo_keys::kDone, "");
+}

@@ -1,0 +1,194 @@
+// Directory walk and update: what gets recorded, what is skipped, progress and halting.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "api/message_keys.h"
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+class DirectoryWalk : public ::testing::Test {
+ protected:
+  void SetUp() override { top = scratchRoot(tmp) + "tree"; }
+
+  void start(const std::vector<std::string> &excludes = {}) {
+    index = startFullBuild(tmp, "", excludes);
+    topRecord = addTopFolder(*index, top);
+  }
+  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
+  bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
+
+  CapturedMessages messages;
+  TempDir tmp;
+  std::string top;
+  std::unique_ptr<CKurvoIndex> index;
+  uint32_t topRecord = 0;
+};
+
+}  // namespace
+
+TEST_F(DirectoryWalk, SkipsTheFolderAboveTheStorageFolder) {
+  // scratchRoot holds a/b/c/store/; "a" is the index's skipped folder.
+  const std::string root = scratchRoot(tmp);
+  const std::string rootPath = root.substr(0, root.size() - 1);
+  writeFile(root + "x.txt", "visible words here\n");
+  writeFile(root + "a/inside.txt", "hidden words there\n");
+  start();
+  ASSERT_EQ(index->skippedFolder, root + "a");
+  const uint32_t rootRecord = addTopFolder(*index, rootPath);
+  index->indexDirectory(rootPath.c_str(), rootRecord);
+
+  const auto found = records();
+  EXPECT_TRUE(found.count(root + "x.txt"));
+  // The folder itself is recorded by its parent's walk, but not entered.
+  ASSERT_TRUE(found.count(root + "a"));
+  EXPECT_EQ(found.at(root + "a").parent, 0u);
+  EXPECT_FALSE(found.count(root + "a/inside.txt"));
+  EXPECT_FALSE(found.count(root + "a/b"));
+  EXPECT_TRUE(hasWord("visible"));
+  EXPECT_FALSE(hasWord("hidden"));
+  int skippedReports = 0;
+  for (const Message &m : messages.statuses)
+    if (m.key == kurvo_keys::kSkippedKurvoDirectory && m.argument.empty()) ++skippedReports;
+  EXPECT_EQ(skippedReports, 1);
+}
+
+TEST_F(DirectoryWalk, LinksAreSkippedByTheWalkAndFollowedByTheUpdate) {
+  writeFile(top + "/real.txt", "target words\n");
+  writeFile(top + "/sub/inner.txt", "innerword text\n");
+  ASSERT_EQ(symlink("real.txt", (top + "/link.txt").c_str()), 0);
+  ASSERT_EQ(symlink("sub", (top + "/linkdir").c_str()), 0);
+  start();
+  index->indexDirectory(top.c_str(), topRecord);
+  auto found = records();
+  EXPECT_TRUE(found.count(top + "/real.txt"));
+  EXPECT_FALSE(found.count(top + "/link.txt"));
+  EXPECT_FALSE(found.count(top + "/linkdir"));
+
+  index->updateDirectory(top.c_str(), topRecord);
+  found = records();
+  ASSERT_TRUE(found.count(top + "/link.txt"));
+  EXPECT_EQ(found.at(top + "/link.txt").size, 13u);
+  EXPECT_EQ(found.at(top + "/link.txt").time, mtimeOf(top + "/real.txt"));
+  ASSERT_TRUE(found.count(top + "/linkdir"));
+  EXPECT_EQ(found.at(top + "/linkdir").parent, 0u);
+  EXPECT_TRUE(found.count(top + "/linkdir/inner.txt"));
+  // The link was indexed as a file of its own.
+  const uint32_t target = index->words->lookup("target");
+  ASSERT_NE(target, 0u);
+  EXPECT_EQ(readWordFiles(*index, target).current, found.at(top + "/link.txt").number);
+}
+
+TEST_F(DirectoryWalk, TrackAllDecidesWhetherUnselectedFilesAreRecorded) {
+  for (int trackAll : {0, 1}) {
+    SCOPED_TRACE(trackAll);
+    std::filesystem::remove_all(top);
+    writeFile(top + "/words.txt", "selected words\n");
+    writeFile(top + "/data.bin", "unselected words\n");
+    writeFile(top + "/later/more.bin", "unselected too\n");
+    start();
+    index->TrackAll = trackAll;
+    index->indexDirectory(top.c_str(), topRecord);
+    EXPECT_TRUE(records().count(top + "/words.txt"));
+    EXPECT_EQ(records().count(top + "/data.bin"), static_cast<size_t>(trackAll));
+    EXPECT_FALSE(hasWord("unselected"));
+
+    writeFile(top + "/new.bin", "new unselected\n");
+    writeFile(top + "/new.txt", "newly selected\n");
+    index->updateDirectory(top.c_str(), topRecord);
+    EXPECT_TRUE(records().count(top + "/new.txt"));
+    EXPECT_EQ(records().count(top + "/new.bin"), static_cast<size_t>(trackAll));
+    EXPECT_TRUE(hasWord("newly"));
+    index.reset();
+  }
+}
+
+TEST_F(DirectoryWalk, ExcludedFilesAreRecordedWithoutWordsAndExcludedFoldersNotEntered) {
+  writeFile(top + "/secret.txt", "classified words\n");
+  writeFile(top + "/open.txt", "public words\n");
+  writeFile(top + "/private/inside.txt", "buried words\n");
+  start({"*secret*", "*private"});
+  index->indexDirectory(top.c_str(), topRecord);
+  auto found = records();
+  ASSERT_TRUE(found.count(top + "/secret.txt"));
+  EXPECT_FALSE(hasWord("classified"));
+  EXPECT_TRUE(hasWord("public"));
+  EXPECT_FALSE(found.count(top + "/private"));
+  EXPECT_FALSE(found.count(top + "/private/inside.txt"));
+  EXPECT_FALSE(hasWord("buried"));
+
+  // The update ignores an excluded new file entirely.
+  writeFile(top + "/secret2.txt", "confidential words\n");
+  index->updateDirectory(top.c_str(), topRecord);
+  found = records();
+  EXPECT_FALSE(found.count(top + "/secret2.txt"));
+  EXPECT_FALSE(found.count(top + "/private"));
+  EXPECT_FALSE(hasWord("confidential"));
+}
+
+TEST_F(DirectoryWalk, WalkingTwiceFindsTheRecordsAgain) {
+  writeFile(top + "/one.txt", "first text\n");
+  writeFile(top + "/sub/two.txt", "second text\n");
+  start();
+  index->indexDirectory(top.c_str(), topRecord);
+  const auto first = records();
+  const uint32_t filesIndexed = index->FilesIndexed;
+  index->indexDirectory(top.c_str(), topRecord);
+  const auto second = records();
+  ASSERT_EQ(first.size(), second.size());
+  for (const auto &[path, record] : first) EXPECT_EQ(second.at(path).number, record.number) << path;
+  EXPECT_EQ(index->FilesIndexed, filesIndexed);
+  EXPECT_EQ(index->DirectoriesRead, 4u);
+  // Both files were read again: "text" went from file to file three times.
+  const uint32_t text = index->words->lookup("text");
+  ASSERT_NE(text, 0u);
+  const char *data = index->words->getData(text);
+  EXPECT_EQ(load32(data + word_data::kEarlierFiles), 3u);
+}
+
+TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
+  writeFile(top + "/one.txt", "first text\n");
+  writeFile(top + "/two.txt", "second text\n");
+  start();
+  index->ShowStatus = 1;
+  index->lastStatusTime = 0;
+  messages.haltAtStatus = 1;
+  EXPECT_TRUE(throwsKurvo([&] { index->indexDirectory(top.c_str(), topRecord); }));
+  ASSERT_EQ(messages.statuses.size(), 1u);
+  EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kIndexingFile);
+  const std::string argument = messages.statuses[0].argument;
+  EXPECT_TRUE(argument == top + "/one.txt\t1" || argument == top + "/two.txt\t1") << argument;
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
+  EXPECT_EQ(messages.lastError()->argument, "");
+  // Only the top folder stands: the halt came before the first entry was examined.
+  EXPECT_EQ(records().size(), 1u);
+}
+
+TEST_F(DirectoryWalk, RootPathsGetOneSlashWhenIndexedAndTwoWhenUpdated) {
+  start();
+  index->ShowStatus = 1;
+  index->TrackAll = 0;
+  messages.haltAtStatus = 1;
+  const uint32_t root = addTopFolder(*index, "/");
+
+  index->lastStatusTime = 0;
+  EXPECT_TRUE(throwsKurvo([&] { index->indexDirectory("/", root); }));
+  ASSERT_EQ(messages.statuses.size(), 1u);
+  const std::string indexed = messages.statuses[0].argument;
+  ASSERT_GT(indexed.size(), 2u);
+  EXPECT_EQ(indexed[0], '/');
+  EXPECT_NE(indexed[1], '/') << indexed;
+
+  // The update reports only before reading a new selected file, which lies
+  // at least one folder down; stop there.
+  messages.statuses.clear();
+  index->lastStatusTime = 0;
+  EXPECT_TRUE(throwsKurvo([&] { index->updateDirectory("/", root); }));
+  ASSERT_FALSE(messages.statuses.empty());
+  const std::string updated = messages.statuses[0].argument;
+  EXPECT_EQ(updated.compare(0, 2, "//"), 0) << updated;
+  EXPECT_NE(updated[2], '/') << updated;
+}

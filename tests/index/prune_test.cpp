@@ -1,0 +1,175 @@
+// Pruning: vanished, changed and unchanged records, folder updates, progress and broken parents.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "api/message_keys.h"
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+constexpr int32_t kBase = 1700000000;
+
+class Prune : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    top = scratchRoot(tmp) + "tree";
+    put("f.txt", "changing words\n", kBase - 100);
+    put("data.bin", "raw bytes\n", kBase - 100);
+    put("sub/s.txt", "folder words\n", kBase - 100);
+    put("still/t.txt", "quiet words\n", kBase - 100);
+    touchFolders(kBase - 100, kBase - 100, kBase - 100);
+  }
+
+  void put(const std::string &rel, const std::string &text, int32_t time) {
+    writeFile(top + "/" + rel, text);
+    setMTime(top + "/" + rel, time);
+  }
+  void touchFolders(int32_t topTime, int32_t subTime, int32_t stillTime) {
+    setMTime(top + "/sub", subTime);
+    setMTime(top + "/still", stillTime);
+    setMTime(top, topTime);
+  }
+
+  // Builds the first index with TimeBase kBase for the prune that follows.
+  void build() {
+    index = startFullBuild(tmp);
+    topRecord = addTopFolder(*index, top);
+    index->indexDirectory(top.c_str(), topRecord);
+    index->compressLinks();
+    index->TimeBase = kBase;
+  }
+  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
+
+  CapturedMessages messages;
+  TempDir tmp;
+  std::string top;
+  std::unique_ptr<CKurvoIndex> index;
+  uint32_t topRecord = 0;
+};
+
+}  // namespace
+
+TEST_F(Prune, AFileAtTheTimeBaseIsKeptAndOneSecondLaterReindexed) {
+  build();
+  const RecordCopy old = records().at(top + "/f.txt");
+  put("f.txt", "changed words again\n", kBase);
+  index->prune();
+  EXPECT_EQ(records().at(top + "/f.txt").number, old.number);
+  EXPECT_EQ(records().at(top + "/f.txt").time, kBase - 100);
+  EXPECT_EQ(index->words->lookup("again"), 0u);
+
+  setMTime(top + "/f.txt", kBase + 1);
+  const uint32_t contents = index->ContentsIndexed;
+  index->prune();
+  const auto found = records();
+  ASSERT_TRUE(found.count(top + "/\xFF.txt"));
+  EXPECT_EQ(found.at(top + "/\xFF.txt").number, old.number);
+  const RecordCopy fresh = found.at(top + "/f.txt");
+  EXPECT_GT(fresh.number, old.number);
+  EXPECT_EQ(fresh.parent, topRecord);
+  EXPECT_EQ(fresh.time, kBase + 1);
+  EXPECT_EQ(fresh.size, 20u);
+  EXPECT_GE(index->ContentsIndexed, contents + 1);
+  const uint32_t again = index->words->lookup("again");
+  ASSERT_NE(again, 0u);
+  EXPECT_EQ(load32(index->words->getData(again) + word_data::kCurrentFile), fresh.number);
+  EXPECT_TRUE(messages.errors.empty());
+}
+
+TEST_F(Prune, VanishedFilesAreMarkedDeletedAndStaySo) {
+  build();
+  const uint32_t number = records().at(top + "/sub/s.txt").number;
+  std::filesystem::remove(top + "/sub/s.txt");
+  setMTime(top + "/sub", kBase - 100);
+  index->prune();
+  EXPECT_TRUE(file_record::isObsolete(index->files->getData(number)));
+  EXPECT_EQ(std::string(index->files->getText(number)), "\xFF.txt");
+  index->prune();
+  EXPECT_EQ(std::string(index->files->getText(number)), "\xFF.txt");
+  EXPECT_TRUE(messages.errors.empty());
+}
+
+TEST_F(Prune, AChangedFileWithoutAnalyzerKeepsItsRecordWhenTrackingAll) {
+  for (int trackAll : {1, 0}) {
+    SCOPED_TRACE(trackAll);
+    build();
+    const RecordCopy old = records().at(top + "/data.bin");
+    put("data.bin", "raw bytes, more of them\n", kBase + 3);
+    index->TrackAll = trackAll;
+    index->prune();
+    const RecordCopy now = records().at(top + "/data.bin");
+    EXPECT_EQ(now.number, old.number);
+    EXPECT_EQ(now.time, trackAll ? kBase + 3 : kBase - 100);
+    EXPECT_EQ(now.size, trackAll ? 24u : 10u);
+    index.reset();
+    put("data.bin", "raw bytes\n", kBase - 100);
+  }
+}
+
+TEST_F(Prune, OnlyChangedFoldersAreSearchedForNewEntries) {
+  build();
+  put("sub/new.txt", "fresh words\n", kBase + 1);
+  put("still/unseen.txt", "invisible words\n", kBase + 1);
+  touchFolders(kBase - 100, kBase + 2, kBase - 100);
+  index->prune();
+  const auto found = records();
+  ASSERT_TRUE(found.count(top + "/sub/new.txt"));
+  EXPECT_EQ(found.at(top + "/sub/new.txt").time, kBase + 1);
+  EXPECT_FALSE(found.count(top + "/still/unseen.txt"));
+  EXPECT_NE(index->words->lookup("fresh"), 0u);
+  EXPECT_EQ(index->words->lookup("invisible"), 0u);
+  // The folder's own record is left as it was.
+  EXPECT_EQ(found.at(top + "/sub").time, kBase - 100);
+}
+
+TEST_F(Prune, MemberRecordsAreNeverVisited) {
+  build();
+  const uint32_t container = records().at(top + "/f.txt").number;
+  const uint32_t member = index->files->addFile("member.txt");
+  file_record::setParent(index->files->getData(member), container);
+  index->prune();
+  EXPECT_FALSE(file_record::isObsolete(index->files->getData(member)));
+}
+
+TEST_F(Prune, ReportsProgressAndHaltsOnRequest) {
+  build();
+  index->ShowStatus = 1;
+  index->lastStatusTime = 0;
+  messages.haltAtStatus = 1;
+  EXPECT_TRUE(throwsKurvo([&] { index->prune(); }));
+  ASSERT_EQ(messages.statuses.size(), 1u);
+  EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kUpdatingStatus);
+  EXPECT_EQ(messages.statuses[0].argument, "1/" + std::to_string(index->FilesIndexed));
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
+  EXPECT_EQ(messages.lastError()->argument, "");
+}
+
+TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {
+  build();
+  const uint32_t orphan = index->files->addFile("orphan.txt");
+  file_record::setParent(index->files->getData(orphan), 0x7ffffff0);
+
+  char previous[4096];
+  ASSERT_NE(getcwd(previous, sizeof previous), nullptr);
+  ASSERT_EQ(chdir(tmp.path().c_str()), 0);
+  const bool threw = throwsKurvo([&] { index->prune(); });
+  ASSERT_EQ(chdir(previous), 0);
+
+  EXPECT_TRUE(threw);
+  ASSERT_EQ(messages.errors.size(), 2u);
+  EXPECT_EQ(messages.errors[0].key, kurvo_keys::kAssertionFailed);
+  EXPECT_EQ(messages.errors[1].key, kurvo_keys::kPruneParentError);
+  EXPECT_EQ(messages.errors[1].argument, "");
+  char head[128];
+  std::snprintf(head, sizeof head, "Name orphan.txt\nnFile %x\npFileInfo->m_nParent 7ffffff0\npFolderInfo ",
+                orphan);
+  const std::string report = tmp.read("deadkurvo.txt");
+  EXPECT_EQ(report.compare(0, std::strlen(head), head), 0) << report;
+  EXPECT_EQ(report.back(), '\n');
+}

@@ -1,0 +1,153 @@
+// Link compression: block layout, chaining across runs, counts, status texts and clean-up after errors.
+#include <gtest/gtest.h>
+
+#include "api/message_keys.h"
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+class LinkCompression : public ::testing::Test {
+ protected:
+  void open(int ranking) {
+    index = std::make_unique<CKurvoIndex>(true, tmp.path());
+    setWordMasks(*index);
+    index->UseRanking = ranking;
+    index->emptyIndex();
+    index->newFileLinks();
+  }
+  // The word links of a later run, as pruning makes them.
+  void nextRun() {
+    index->wordLinks = new CWordLinks(tmp.path() + "temp", 65535, 1048575, index->UseRanking);
+  }
+  void see(const char *word, uint32_t file, int times = 1) {
+    for (int i = 0; i < times; ++i) index->indexWord(word, file);
+  }
+  WordFiles filesOf(const char *word) { return readWordFiles(*index, index->words->lookup(word)); }
+  uint32_t listPosition(const char *word) {
+    return load32(index->words->getData(index->words->lookup(word)) + word_data::kListPosition);
+  }
+
+  CapturedMessages messages;
+  TempDir tmp;
+  std::unique_ptr<CKurvoIndex> index;
+};
+
+using Block = std::vector<FileLink>;
+
+}  // namespace
+
+TEST_F(LinkCompression, TwoFilesGiveOneBlockOfTwelveBytes) {
+  open(0);
+  see("word", 100);
+  see("word", 200);
+  ASSERT_EQ(index->links->getUsed(), 20u);
+  index->compressLinks();
+  EXPECT_EQ(index->links->getUsed(), 32u);
+  EXPECT_EQ(listPosition("word"), 20u);
+  const WordFiles files = filesOf("word");
+  EXPECT_EQ(files.current, 200u);
+  EXPECT_EQ(files.blocks, (std::vector<Block>{{{100, 255}}}));
+  EXPECT_EQ(index->links->getNextList(28), 0u);
+  EXPECT_EQ(index->wordLinks, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
+}
+
+TEST_F(LinkCompression, ALaterRunChainsANewBlockInFront) {
+  open(0);
+  see("word", 100);
+  see("word", 200);
+  index->compressLinks();
+  nextRun();
+  see("word", 300);
+  index->compressLinks();
+  // Three slots at 32..43: the pair for 200 in slot 1, slot 0 never read.
+  EXPECT_EQ(index->links->getUsed(), 48u);
+  EXPECT_EQ(listPosition("word"), 36u);
+  EXPECT_EQ(index->links->getNextList(44), 20u);
+  const WordFiles files = filesOf("word");
+  EXPECT_EQ(files.current, 300u);
+  EXPECT_EQ(files.blocks, (std::vector<Block>{{{200, 255}}, {{100, 255}}}));
+}
+
+TEST_F(LinkCompression, AWordNotSeenInALaterRunGetsAnEmptyBlock) {
+  open(0);
+  see("old", 100);
+  see("old", 200);
+  index->compressLinks();
+  nextRun();
+  see("other", 300);
+  index->compressLinks();
+  EXPECT_EQ(filesOf("old").blocks, (std::vector<Block>{{}, {{100, 255}}}));
+}
+
+TEST_F(LinkCompression, CountsTravelWithTheirFiles) {
+  open(1);
+  see("word", 100, 3);
+  see("word", 200);
+  see("word", 300, 2);
+  see("many", 100, 300);
+  see("many", 200);
+  index->compressLinks();
+  const WordFiles word = filesOf("word");
+  EXPECT_EQ(word.current, 300u);
+  EXPECT_EQ(word.counter, 1u);
+  EXPECT_EQ(word.blocks, (std::vector<Block>{{{200, 0}, {100, 2}}}));
+  EXPECT_EQ(filesOf("many").blocks, (std::vector<Block>{{{100, 255}}}));
+  // Five-byte entries: (E + 1) * 5 + 4 per block.
+  EXPECT_EQ(index->links->getUsed(), 20u + 19u + 14u);
+}
+
+TEST_F(LinkCompression, ReportsEveryWordWhenFewWordsWereIndexed) {
+  open(0);
+  for (const char *word : {"one", "two", "three"}) see(word, 100);
+  for (const char *word : {"one", "two", "three"}) see(word, 200);
+  index->ShowStatus = 1;
+  index->compressLinks();
+  std::vector<std::pair<std::string, std::string>> got;
+  for (const Message &m : messages.statuses) got.push_back({m.key, m.argument});
+  const std::vector<std::pair<std::string, std::string>> want{
+      {kurvo_keys::kCountingCompress, "0"},
+      {kurvo_keys::kCountingCompress, "5"},
+      {kurvo_keys::kCountingCompress, "10"},
+      {kurvo_keys::kCompLinksFmt, "0\t50000"},
+      {kurvo_keys::kDone, ""}};
+  EXPECT_EQ(got, want);
+}
+
+TEST_F(LinkCompression, NoGroupsStillEndsTheRun) {
+  open(0);
+  see("lonely", 100, 4);
+  index->ShowStatus = 1;
+  ASSERT_TRUE(std::filesystem::exists(tmp.path() + "temp"));
+  index->compressLinks();
+  for (const Message &m : messages.statuses) EXPECT_NE(m.key, kurvo_keys::kCompLinksFmt);
+  ASSERT_FALSE(messages.statuses.empty());
+  EXPECT_EQ(messages.statuses.back().key, kurvo_keys::kDone);
+  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
+  EXPECT_EQ(listPosition("lonely"), 0u);
+}
+
+TEST_F(LinkCompression, AnErrorDropsTheTablesAndIsRaisedAgain) {
+  open(1);
+  see("word", 100);
+  see("word", 200);
+  // A block too large for one allocation.
+  store32(index->words->getData(index->words->lookup("word")) + word_data::kEarlierFiles, 300000);
+  int caught = 0;
+  try {
+    index->compressLinks();
+  } catch (int value) {
+    caught = value;
+  }
+  EXPECT_EQ(caught, 1);
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kGetHugeSpace);
+  EXPECT_EQ(index->links, nullptr);
+  EXPECT_EQ(index->wordLinks, nullptr);
+  EXPECT_EQ(index->files, nullptr);
+  EXPECT_EQ(index->words, nullptr);
+  EXPECT_NE(index->skipWords, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
+}

@@ -1,0 +1,91 @@
+// Query word matching: the wildcard table and the cases where the masks make '*' or '?' ordinary.
+#include <gtest/gtest.h>
+
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+struct MatchCase {
+  const char *pattern;
+  const char *word;
+  int result;
+};
+
+class WordMatch : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    index = std::make_unique<CKurvoIndex>(true, tmp.path());
+    setWordMasks(*index);
+  }
+  int match(const char *word, const char *pattern) const {
+    return index->doesWordMatch(word, pattern);
+  }
+
+  TempDir tmp;
+  std::unique_ptr<CKurvoIndex> index;
+};
+
+void expectCases(const CKurvoIndex &index, const std::vector<MatchCase> &cases) {
+  for (const MatchCase &c : cases)
+    EXPECT_EQ(index.doesWordMatch(c.word, c.pattern), c.result)
+        << "pattern '" << c.pattern << "' word '" << c.word << "'";
+}
+
+}  // namespace
+
+TEST_F(WordMatch, WildcardsFollowTheirRules) {
+  expectCases(*index, {
+                          {"*", "anything", 1},
+                          {"*", "", 1},
+                          {"", "", 1},
+                          {"", "abc", 0},
+                          {"ab*", "ab", 1},
+                          {"ab*", "abc", 1},
+                          {"a*c", "ac", 1},
+                          {"a*c", "abbc", 1},
+                          {"a*c", "abcd", 0},
+                          {"a?c", "abc", 1},
+                          {"a?c", "ac", 0},
+                          {"ab?", "ab", 1},
+                          {"ab?", "abc", 1},
+                          {"ab?", "abcd", 0},
+                          {"a*?", "ab", 0},
+                          {"A*", "abc", 0},
+                          // More that follow from the same rules.
+                          {"abc", "abc", 1},
+                          {"abc", "ab", 0},
+                          {"a*b*c", "axxbyyc", 1},
+                          {"a*?", "a?", 1},
+                          {"a**", "a*", 1},
+                          {"a**", "ab", 0},
+                          {"ab??", "ab", 1},
+                          {"*c", "abcabc", 1},
+                          {"?", "", 1},
+                      });
+}
+
+TEST_F(WordMatch, AStarInTheWordMasksIsAnOrdinaryByte) {
+  for (bool trailing : {false, true}) {
+    SCOPED_TRACE(trailing);
+    setWordMasks(*index);
+    if (trailing)
+      index->setValidTrailingMask('*', true);
+    else
+      index->setValidCharMask('*', true);
+    expectCases(*index, {{"ab*", "ab*", 1}, {"ab*", "ab", 0}, {"ab*", "abc", 0}, {"a?*", "ab*", 1}});
+  }
+}
+
+TEST_F(WordMatch, AQuestionMarkInTheWordMasksIsAnOrdinaryByte) {
+  for (bool trailing : {false, true}) {
+    SCOPED_TRACE(trailing);
+    setWordMasks(*index);
+    if (trailing)
+      index->setValidTrailingMask('?', true);
+    else
+      index->setValidCharMask('?', true);
+    expectCases(*index, {{"a?c", "abc", 0}, {"a?c", "a?c", 1}, {"ab?", "ab", 0}, {"a*c", "abc", 1}});
+  }
+}
