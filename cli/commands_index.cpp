@@ -101,8 +101,9 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   if (o.maxFileRead < 1024) throw HostError("--max-file-read must be at least 1024 bytes");
 }
 
-void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global) {
-  if (missing.empty() || global.quiet) return;
+// Said once per full build; updates only say it with --verbose.
+void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global, bool fullBuild) {
+  if (missing.empty() || global.quiet || (!fullBuild && !global.verbose)) return;
   if (global.verbose) {
     for (const IncludeRule &rule : missing) {
       std::cerr << "kurvo: note: files matching " << rule.pattern << " are listed without their words: there is no \""
@@ -198,7 +199,7 @@ int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings se
     Progress progress(progressWanted(global));
     IndexSession session(swap.workDir(), true);
     void *index = session.handle();
-    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global);
+    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, true);
     progress.setIndex(index);
     step([&] { kidxEmptyIndex(index); });
     step([&] { kidxNewFileLinks(index); });
@@ -239,7 +240,7 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     Progress progress(progressWanted(global));
     IndexSession session(swap.workDir(), false);
     void *index = session.handle();
-    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global);
+    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, false);
     progress.setIndex(index);
     progress.setRecordTotal(countRecords(index));
     resetCounters(index);
