@@ -7,8 +7,11 @@ scripts/build.sh
 echo "kurvo library built: build/lib/libkurvo.so"
 
 # A named index of its own, so the user's default index is left alone.
+# Slim container images drop /usr/share/doc; /usr/share is there regardless.
 kurvo=build/bin/kurvo
-"$kurvo" --index usr-share-doc index /usr/share/doc
+folder=/usr/share/doc
+if [ -z "$(ls -A "$folder" 2>/dev/null)" ]; then folder=/usr/share; fi
+"$kurvo" --index usr-share-doc index "$folder"
 echo
 echo "kurvo --index usr-share-doc search 'copyright & license' --limit 10"
 status=0
