@@ -122,6 +122,20 @@ expect_out "$WORK/other/x.txt" "named index"
 kurvo search otherworldly
 expect_status 1 "default index untouched"
 
+# Options given to index are kept in the settings and used again on rebuilds.
+kurvo --index opts index --include '*.bin' --exclude '*/sub' --min-word 2 "$D"
+expect_status 0 "index with options"
+kurvo --index opts search binaryword
+expect_out "$D/notes.bin" "--include reads more files"
+kurvo --index opts search memory
+expect_status 1 "--exclude keeps a folder out"
+kurvo --index opts index
+kurvo --index opts search binaryword
+expect_out "$D/notes.bin" "rebuild keeps the options"
+kurvo --index opts index --default-patterns
+kurvo --index opts search binaryword
+expect_status 1 "--default-patterns forgets them"
+
 # --store names a storage folder directly.
 kurvo --store "$WORK/a/b/direct" index "$WORK/other"
 expect_status 0 "--store index"
