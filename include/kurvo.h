@@ -81,7 +81,8 @@ KURVO_API void *kCreateNewIndex(int create, const char *storagePath);
  * joined by '|' (or) and '&' (and), '^' negating a term. */
 KURVO_API int kFileNameMatch(const char *name, const char *pattern);
 
-/* Release a block that the library allocated and handed to the host. */
+/* Release a block that the library allocated and handed to the host (it
+ * came from the C library's malloc). NULL is ignored. */
 KURVO_API void kDeleteChar(void *block);
 
 /* Encipher length bytes of input with the built-in key: writes length + 10
@@ -310,13 +311,25 @@ KURVO_API const char *kfcContents(void *contents);
  * next call on the viewer. THROWS "EndOfContents" after the last line. */
 KURVO_API const char *kfcNext(void *contents);
 
+/* Queries mark words of the display text. A query is a row of terms: word
+ * characters and the wildcards '*' and '?' (a trailing '?' may match
+ * nothing). The text is lower-cased before comparing, the terms are not, so
+ * write them in lower case. Other characters only separate terms. A term or
+ * parenthesised group after '+' never marks. "a <N b" marks a only when a
+ * word matching b follows within the next N + 1 words; N is read from the
+ * digits 0 to 8 (a 9 ends it), and without a number the viewer's
+ * defaultDistance applies. */
+
 /* True when the display text holds a hit of the query. */
 KURVO_API bool kfcContainsHit(void *contents, const char *query);
 
-/* Reduce the display text, for good, to the lines that hold hits. */
+/* Reduce the display text, for good, to the lines that hold hits, each once.
+ * Hits shorter than the minimum or longer than the maximum word length do not
+ * count. kfcNext goes on from where it stood. */
 KURVO_API void kfcConvertToOutline(void *contents, const char *query);
 
-/* 1-based byte position of the next hit at or after offset; 0 when none. */
+/* 1-based byte position of the next hit at or after byte offset; 0 when none.
+ * For the following hit search again from (position - 1) + its token length. */
 KURVO_API unsigned int kfcSearchBuffer(void *contents, unsigned int offset, const char *query);
 
 /* Length of the word at byte offset (0 when no word starts there). */

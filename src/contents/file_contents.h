@@ -1,6 +1,7 @@
 // CFileContents: one indexed file shown again, with hit search and outline.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -41,6 +42,8 @@ class CFileContents {
   int defaultDistance;
   char *readPosition = nullptr;
   char *contentsText = nullptr;
+  // strlen(contentsText), kept so that host offsets can be checked cheaply.
+  size_t contentsLength = 0;
   int32_t firstCharClass[256];
   int32_t trailingCharClass[256];
   std::string line;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <memory>
 #include <set>
 #include <string>
@@ -13,23 +14,18 @@
 
 namespace kurvo_test {
 
-// Letters and digits make words; printable ASCII is shown; nothing trails and
-// nothing is non-alpha unless a test says so.
-inline void setPlainTextMasks(CKurvoIndex &index) {
-  for (int c = 0; c < 256; ++c) {
-    const bool alnum = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    index.setValidCharMask(c, alnum);
-    index.setValidTrailingMask(c, false);
-    index.setValidViewableMask(c, c > ' ' && c < 127);
-    index.setNonAlphaCharMask(c, false);
-  }
-}
-
 class AnalyzerTest : public ::testing::Test {
  protected:
+  // Letters and digits make words; printable ASCII is shown; nothing trails.
+  // Called again by table tests to start each case afresh.
   void SetUp() override {
+    analyzer.reset();
+    index.reset();
     index = std::make_unique<CKurvoIndex>(true, store.path());
-    setPlainTextMasks(*index);
+    for (int c = 0; c < 256; ++c) {
+      index->setValidCharMask(c, c < 128 && std::isalnum(c));
+      index->setValidViewableMask(c, c > ' ' && c < 127);
+    }
     index->MaxPerFileRead = 1 << 20;
     index->ShowStatus = 0;
     index->newFileLinks();
@@ -37,12 +33,10 @@ class AnalyzerTest : public ::testing::Test {
     fileNumber = index->files->addFile("doc.txt");
   }
 
-  // Every word in the word table.
   std::set<std::string> words() const {
     std::set<std::string> found;
-    for (uint32_t w = index->words->getFirst(); w != 0; w = index->words->getNext(w)) {
+    for (uint32_t w = index->words->getFirst(); w != 0; w = index->words->getNext(w))
       found.insert(index->words->getText(w));
-    }
     return found;
   }
 

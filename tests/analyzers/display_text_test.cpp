@@ -59,56 +59,13 @@ const std::vector<StripCase> &stripCases() {
       {"NulBehindShownCharacterSkipped", "a\0b\0 \0c\0d\0"s, 0, "ab\ncd"},
       {"WrapAtLastSpace", "aaaa bbbb cccc dddd", 10, "aaaa bbbb\ncccc\ndddd"},
       {"WrapWithoutSpaceBreaksFirstByte", "abcdefgh", 4, "\nbcdefgh"},
+      {"Empty", "", 0, ""},
   };
   return cases;
 }
 
-class StripCases : public DisplayTest, public ::testing::WithParamInterface<StripCase> {};
-
-TEST_P(StripCases, GivesTheExpectedText) {
-  const StripCase &c = GetParam();
-  EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(DisplayText, StripCases, ::testing::ValuesIn(stripCases()),
-                         [](const auto &info) { return std::string(info.param.name); });
-
-TEST_F(DisplayTest, EmptySourceGivesEmptyText) { EXPECT_EQ(strip(""), ""); }
-
-TEST_F(DisplayTest, OutputStopsOneByteShortOfItsSize) {
-  const std::string text = strip("abcdefghij", 0, 5);
-  EXPECT_EQ(text.size(), 4u);
-}
-
-TEST_F(DisplayTest, ZeroOutputSizeWritesNothing) {
-  std::string source = "abc";
-  char output = 'X';
-  int state = 0;
-  EXPECT_EQ(analyzer->stripBuffer(source.data(), source.size(), &output, 0, 0, true, true, &state),
-            0u);
-  EXPECT_EQ(output, 'X');
-}
-
-// Drops every 'x' through the hook and counts the state it is handed.
-class XDropper : public CFileAnalyzer {
- public:
-  explicit XDropper(CKurvoIndex *index) : CFileAnalyzer(index) { m_bHooks = 1; }
-  bool checkStripCharacter(unsigned char *current, char **, unsigned long *, char, bool,
-                           int *state) override {
-    ++*state;
-    return *current == 'x';
-  }
-};
-
-TEST_F(DisplayTest, HookConsumesCharacters) {
-  XDropper dropper(index.get());
-  std::string source = "axbx cx d";
-  char output[64];
-  int state = 0;
-  const unsigned long written =
-      dropper.stripBuffer(source.data(), source.size(), output, sizeof output, 0, true, true, &state);
-  EXPECT_EQ(std::string(output, written), "ab c\nd");
-  EXPECT_EQ(state, 9);
+TEST_F(DisplayTest, StripsEachSourceToTheExpectedText) {
+  for (const StripCase &c : stripCases()) EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected) << c.name;
 }
 
 }  // namespace

@@ -7,27 +7,7 @@
 
 using namespace kurvo_test;
 
-namespace {
-
-class DirectoryWalk : public ::testing::Test {
- protected:
-  void SetUp() override { top = scratchRoot(tmp) + "tree"; }
-
-  void start(const std::vector<std::string> &excludes = {}) {
-    index = startFullBuild(tmp, "", excludes);
-    topRecord = addTopFolder(*index, top);
-  }
-  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
-  bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
-
-  CapturedMessages messages;
-  TempDir tmp;
-  std::string top;
-  std::unique_ptr<CKurvoIndex> index;
-  uint32_t topRecord = 0;
-};
-
-}  // namespace
+using DirectoryWalk = IndexRunTest;
 
 TEST_F(DirectoryWalk, SkipsTheFolderAboveTheStorageFolder) {
   // scratchRoot holds a/b/c/store/; "a" is the index's skipped folder.
@@ -126,26 +106,6 @@ TEST_F(DirectoryWalk, ExcludedFilesAreRecordedWithoutWordsAndExcludedFoldersNotE
   EXPECT_FALSE(found.count(top + "/secret2.txt"));
   EXPECT_FALSE(found.count(top + "/private"));
   EXPECT_FALSE(hasWord("confidential"));
-}
-
-TEST_F(DirectoryWalk, WalkingTwiceFindsTheRecordsAgain) {
-  writeFile(top + "/one.txt", "first text\n");
-  writeFile(top + "/sub/two.txt", "second text\n");
-  start();
-  index->indexDirectory(top.c_str(), topRecord);
-  const auto first = records();
-  const uint32_t filesIndexed = index->FilesIndexed;
-  index->indexDirectory(top.c_str(), topRecord);
-  const auto second = records();
-  ASSERT_EQ(first.size(), second.size());
-  for (const auto &[path, record] : first) EXPECT_EQ(second.at(path).number, record.number) << path;
-  EXPECT_EQ(index->FilesIndexed, filesIndexed);
-  EXPECT_EQ(index->DirectoriesRead, 4u);
-  // Both files were read again: "text" went from file to file three times.
-  const uint32_t text = index->words->lookup("text");
-  ASSERT_NE(text, 0u);
-  const char *data = index->words->getData(text);
-  EXPECT_EQ(load32(data + word_data::kEarlierFiles), 3u);
 }
 
 TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {

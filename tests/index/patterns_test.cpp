@@ -1,11 +1,9 @@
 // Include and exclude patterns, analyzer choice and the analyzer registry.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 
 #include "analyzers/file_analyzer.h"
-#include "api/message_keys.h"
 #include "index/kurvo_index.h"
 #include "test_support.h"
 
@@ -26,72 +24,28 @@ class Patterns : public ::testing::Test {
   std::unique_ptr<CKurvoIndex> index;
 };
 
-TEST_F(Patterns, RegistryHoldsTheGenericAnalyzer) {
-  ASSERT_EQ(index->analyzers.count("generic"), 1u);
-  EXPECT_NE(index->analyzerNamed("generic"), nullptr);
-  EXPECT_EQ(index->analyzerNamed("nonesuch"), nullptr);
-  // Creating again replaces the registry rather than adding to it.
-  index->createAnalyzers();
-  EXPECT_EQ(index->analyzers.size(), 1u);
-  EXPECT_NE(index->analyzerNamed("generic"), nullptr);
-  index->clearAnalyzers();
-  EXPECT_TRUE(index->analyzers.empty());
-}
+}  // namespace
 
-TEST_F(Patterns, CountSettersMakeEmptyTerminatedArrays) {
-  index->setIncludeCount(3);
-  index->setExcludeCount(2);
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(index->includePatterns[i], nullptr);
-    EXPECT_EQ(index->includeAnalyzers[i], nullptr);
-  }
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(index->excludePatterns[i], nullptr);
-  index->setIncludeCount(0);
-  index->setExcludeCount(0);
-  EXPECT_EQ(index->includePatterns, nullptr);
-  EXPECT_EQ(index->includeAnalyzers, nullptr);
-  EXPECT_EQ(index->excludePatterns, nullptr);
-}
-
-TEST_F(Patterns, IncludePatternWithoutAnalyzerNameUsesGeneric) {
-  index->setIncludeCount(2);
-  index->setIncludePattern(0, "*.txt", nullptr);
-  index->setIncludePattern(1, "*.text", "");
-  EXPECT_STREQ(index->includePatterns[0], "*.txt");
-  EXPECT_EQ(index->includeAnalyzers[0], index->analyzerNamed("generic"));
-  EXPECT_EQ(index->includeAnalyzers[1], index->analyzerNamed("generic"));
-  EXPECT_TRUE(messages.warnings.empty());
-}
-
-TEST_F(Patterns, PatternsAreCopies) {
-  char text[] = "*.txt";
-  index->setIncludeCount(1);
-  index->setExcludeCount(1);
-  index->setIncludePattern(0, text, "generic");
-  index->setExcludePattern(0, text);
-  std::strcpy(text, "*.doc");
-  EXPECT_STREQ(index->includePatterns[0], "*.txt");
-  EXPECT_STREQ(index->excludePatterns[0], "*.txt");
-}
-
-TEST_F(Patterns, UnknownAnalyzerWarnsAndLeavesThePatternStored) {
-  index->setIncludeCount(1);
-  EXPECT_TRUE(throwsKurvo([&] { index->setIncludePattern(0, "*.xyz", "nonesuch"); }));
+TEST_F(Patterns, FirstMatchingIncludePatternDecidesTheAnalyzer) {
+  EXPECT_EQ(index->analyzerThatMatches("a.txt"), nullptr);  // no include patterns
+  index->setIncludeCount(4);
+  index->setIncludePattern(0, "*.txt|*.text", nullptr);  // no name: "generic"
+  // An unknown analyzer warns, and the pattern stays stored without one.
+  EXPECT_TRUE(throwsKurvo([&] { index->setIncludePattern(1, "*.dat", "nonesuch"); }));
   ASSERT_EQ(messages.warnings.size(), 1u);
-  EXPECT_EQ(messages.warnings[0].key, kurvo_keys::kAnalyzerNotFound);
+  EXPECT_EQ(messages.warnings[0].key, "AnalyzerNotFound");
   EXPECT_EQ(messages.warnings[0].argument, "nonesuch");
   EXPECT_TRUE(messages.errors.empty());
-  ASSERT_NE(index->includePatterns[0], nullptr);
-  EXPECT_STREQ(index->includePatterns[0], "*.xyz");
-  EXPECT_EQ(index->includeAnalyzers[0], nullptr);
-}
-
-TEST_F(Patterns, UnknownAnalyzerKeepsTheSlotsEarlierAnalyzer) {
-  index->setIncludeCount(1);
-  index->setIncludePattern(0, "*.txt", "generic");
-  EXPECT_TRUE(throwsKurvo([&] { index->setIncludePattern(0, "*.xyz", "nonesuch"); }));
-  EXPECT_STREQ(index->includePatterns[0], "*.xyz");
-  EXPECT_EQ(index->includeAnalyzers[0], index->analyzerNamed("generic"));
+  EXPECT_STREQ(index->includePatterns[1], "*.dat");
+  index->setIncludePattern(2, "*.md", "generic");
+  CFileAnalyzer *generic = index->analyzerNamed("generic");
+  ASSERT_NE(generic, nullptr);
+  EXPECT_EQ(index->analyzerThatMatches("notes.TXT"), generic);
+  // Only the first term of an include pattern counts.
+  EXPECT_EQ(index->analyzerThatMatches("notes.text"), nullptr);
+  // A matching pattern without analyzer ends the search with none.
+  EXPECT_EQ(index->analyzerThatMatches("table.dat"), nullptr);
+  EXPECT_EQ(index->analyzerThatMatches("x.md"), generic);
 }
 
 TEST_F(Patterns, IncludePatternsNeedTheRegistry) {
@@ -102,42 +56,12 @@ TEST_F(Patterns, IncludePatternsNeedTheRegistry) {
   EXPECT_EQ(messages.warnings[0].argument, "generic");
 }
 
-TEST_F(Patterns, FirstMatchingIncludePatternDecides) {
-  index->setIncludeCount(3);
-  index->setIncludePattern(0, "*.txt|*.text", "generic");
-  // Its analyzer stays null: the pattern is stored despite the warning.
-  EXPECT_TRUE(throwsKurvo([&] { index->setIncludePattern(1, "*.dat", "nonesuch"); }));
-  index->setIncludePattern(2, "*", "generic");
-  CFileAnalyzer *generic = index->analyzerNamed("generic");
-  EXPECT_EQ(index->analyzerThatMatches("notes.TXT"), generic);
-  // Only the first term of an include pattern counts: "*" takes this one.
-  EXPECT_EQ(index->analyzerThatMatches("notes.text"), generic);
-  // A matching pattern without analyzer ends the search with none.
-  EXPECT_EQ(index->analyzerThatMatches("table.dat"), nullptr);
-}
-
-TEST_F(Patterns, NoIncludeArrayMeansNoAnalyzer) {
-  EXPECT_EQ(index->analyzerThatMatches("a.txt"), nullptr);
-  index->setIncludeCount(1);
-  index->setIncludePattern(0, "*.txt", nullptr);
-  EXPECT_EQ(index->analyzerThatMatches("a.doc"), nullptr);
-}
-
 TEST_F(Patterns, ExcludedByAnyPatternWithTheFullLanguage) {
   EXPECT_EQ(index->isExcluded("a.o"), 0);
   index->setExcludeCount(2);
   index->setExcludePattern(0, "*.o|*.obj");
   index->setExcludePattern(1, "*.c&^keep*");
-  EXPECT_EQ(index->isExcluded("main.OBJ"), 1);
-  EXPECT_EQ(index->isExcluded("main.o"), 1);
-  EXPECT_EQ(index->isExcluded("main.c"), 1);
-  EXPECT_EQ(index->isExcluded("keep.c"), 0);
-  EXPECT_EQ(index->isExcluded("main.h"), 0);
+  const std::pair<const char *, int> cases[] = {
+      {"main.OBJ", 1}, {"main.o", 1}, {"main.c", 1}, {"keep.c", 0}, {"main.h", 0}};
+  for (const auto &[name, excluded] : cases) EXPECT_EQ(index->isExcluded(name), excluded) << name;
 }
-
-TEST_F(Patterns, MemberDirMatchUsesThePatternLanguage) {
-  EXPECT_EQ(index->dirMatch("/Users/bob", "/Users/*/Documents/*.txt"), 1);
-  EXPECT_EQ(index->dirMatch("/Applications", "/Users/*.txt"), 0);
-}
-
-}  // namespace

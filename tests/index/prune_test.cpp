@@ -1,4 +1,4 @@
-// Pruning: vanished, changed and unchanged records, folder updates, progress and broken parents.
+// Pruning: vanished, changed and unchanged records, folder updates and broken parents.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -14,10 +14,10 @@ namespace {
 
 constexpr int32_t kBase = 1700000000;
 
-class Prune : public ::testing::Test {
+class Prune : public IndexRunTest {
  protected:
   void SetUp() override {
-    top = scratchRoot(tmp) + "tree";
+    IndexRunTest::SetUp();
     put("f.txt", "changing words\n", kBase - 100);
     put("data.bin", "raw bytes\n", kBase - 100);
     put("sub/s.txt", "folder words\n", kBase - 100);
@@ -37,19 +37,11 @@ class Prune : public ::testing::Test {
 
   // Builds the first index with TimeBase kBase for the prune that follows.
   void build() {
-    index = startFullBuild(tmp);
-    topRecord = addTopFolder(*index, top);
+    start();
     index->indexDirectory(top.c_str(), topRecord);
     index->compressLinks();
     index->TimeBase = kBase;
   }
-  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
-
-  CapturedMessages messages;
-  TempDir tmp;
-  std::string top;
-  std::unique_ptr<CKurvoIndex> index;
-  uint32_t topRecord = 0;
 };
 
 }  // namespace
@@ -134,20 +126,6 @@ TEST_F(Prune, MemberRecordsAreNeverVisited) {
   file_record::setParent(index->files->getData(member), container);
   index->prune();
   EXPECT_FALSE(file_record::isObsolete(index->files->getData(member)));
-}
-
-TEST_F(Prune, ReportsProgressAndHaltsOnRequest) {
-  build();
-  index->ShowStatus = 1;
-  index->lastStatusTime = 0;
-  messages.haltAtStatus = 1;
-  EXPECT_TRUE(throwsKurvo([&] { index->prune(); }));
-  ASSERT_EQ(messages.statuses.size(), 1u);
-  EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kUpdatingStatus);
-  EXPECT_EQ(messages.statuses[0].argument, "1/" + std::to_string(index->FilesIndexed));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
-  EXPECT_EQ(messages.lastError()->argument, "");
 }
 
 TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {

@@ -38,47 +38,31 @@ using Block = std::vector<FileLink>;
 
 }  // namespace
 
-TEST_F(LinkCompression, TwoFilesGiveOneBlockOfTwelveBytes) {
+TEST_F(LinkCompression, EachRunChainsANewBlockInFront) {
   open(0);
   see("word", 100);
   see("word", 200);
-  ASSERT_EQ(index->links->getUsed(), 20u);
-  index->compressLinks();
-  EXPECT_EQ(index->links->getUsed(), 32u);
-  EXPECT_EQ(listPosition("word"), 20u);
-  const WordFiles files = filesOf("word");
-  EXPECT_EQ(files.current, 200u);
-  EXPECT_EQ(files.blocks, (std::vector<Block>{{{100, 255}}}));
-  EXPECT_EQ(index->links->getNextList(28), 0u);
-  EXPECT_EQ(index->wordLinks, nullptr);
-  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
-}
-
-TEST_F(LinkCompression, ALaterRunChainsANewBlockInFront) {
-  open(0);
-  see("word", 100);
-  see("word", 200);
-  index->compressLinks();
-  nextRun();
-  see("word", 300);
-  index->compressLinks();
-  // Three slots at 32..43: the pair for 200 in slot 1, slot 0 never read.
-  EXPECT_EQ(index->links->getUsed(), 48u);
-  EXPECT_EQ(listPosition("word"), 36u);
-  EXPECT_EQ(index->links->getNextList(44), 20u);
-  const WordFiles files = filesOf("word");
-  EXPECT_EQ(files.current, 300u);
-  EXPECT_EQ(files.blocks, (std::vector<Block>{{{200, 255}}, {{100, 255}}}));
-}
-
-TEST_F(LinkCompression, AWordNotSeenInALaterRunGetsAnEmptyBlock) {
-  open(0);
   see("old", 100);
   see("old", 200);
   index->compressLinks();
+  // Two slots and a next-list word per block: the pair for 100 in slot 0.
+  EXPECT_EQ(index->links->getUsed(), 44u);
+  EXPECT_EQ(listPosition("word"), 20u);
+  EXPECT_EQ(index->links->getNextList(28), 0u);
+  EXPECT_EQ(filesOf("word").current, 200u);
+  EXPECT_EQ(filesOf("word").blocks, (std::vector<Block>{{{100, 255}}}));
+  EXPECT_EQ(index->wordLinks, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
+
   nextRun();
-  see("other", 300);
+  see("word", 300);
   index->compressLinks();
+  // Three slots at 44..55: the pair for 200 in slot 1, slot 0 never read.
+  EXPECT_EQ(listPosition("word"), 48u);
+  EXPECT_EQ(index->links->getNextList(56), 20u);
+  EXPECT_EQ(filesOf("word").current, 300u);
+  EXPECT_EQ(filesOf("word").blocks, (std::vector<Block>{{{200, 255}}, {{100, 255}}}));
+  // A word not seen in the later run gets an empty block.
   EXPECT_EQ(filesOf("old").blocks, (std::vector<Block>{{}, {{100, 255}}}));
 }
 
@@ -114,19 +98,6 @@ TEST_F(LinkCompression, ReportsEveryWordWhenFewWordsWereIndexed) {
       {kurvo_keys::kCompLinksFmt, "0\t50000"},
       {kurvo_keys::kDone, ""}};
   EXPECT_EQ(got, want);
-}
-
-TEST_F(LinkCompression, NoGroupsStillEndsTheRun) {
-  open(0);
-  see("lonely", 100, 4);
-  index->ShowStatus = 1;
-  ASSERT_TRUE(std::filesystem::exists(tmp.path() + "temp"));
-  index->compressLinks();
-  for (const Message &m : messages.statuses) EXPECT_NE(m.key, kurvo_keys::kCompLinksFmt);
-  ASSERT_FALSE(messages.statuses.empty());
-  EXPECT_EQ(messages.statuses.back().key, kurvo_keys::kDone);
-  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
-  EXPECT_EQ(listPosition("lonely"), 0u);
 }
 
 TEST_F(LinkCompression, AnErrorDropsTheTablesAndIsRaisedAgain) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,8 +31,7 @@ inline void setMTime(const std::string &path, int32_t seconds) {
 
 inline int32_t mtimeOf(const std::string &path) {
   struct stat info;
-  if (stat(path.c_str(), &info) != 0) return -1;
-  return static_cast<int32_t>(info.st_mtime);
+  return stat(path.c_str(), &info) == 0 ? static_cast<int32_t>(info.st_mtime) : -1;
 }
 
 // The folder above TempDir's "a/b/c/store/" chain, with a trailing '/'. Its
@@ -101,26 +101,17 @@ struct RecordCopy {
   std::string name;
 };
 
-inline std::vector<RecordCopy> allRecords(const CFileStorage &files) {
-  std::vector<RecordCopy> out;
-  for (uint32_t n = files.getFirst(); n; n = files.getNext(n)) {
-    const char *data = files.getData(n);
-    out.push_back({n, file_record::parent(data), file_record::time(data), file_record::size(data),
-                   file_record::attributes(data), file_record::name(data)});
-  }
-  return out;
-}
-
 // Records keyed by where they stand: a folder by its path, a file by its
 // folder's path + "/" + its stored name (0xFF first for deleted ones).
 inline std::map<std::string, RecordCopy> recordsByPath(const CFileStorage &files) {
-  std::map<uint32_t, std::string> names;
-  const std::vector<RecordCopy> records = allRecords(files);
-  for (const RecordCopy &r : records) names[r.number] = r.name;
   std::map<std::string, RecordCopy> out;
-  for (const RecordCopy &r : records) {
-    const std::string key = r.parent == 0 ? r.name : names[r.parent] + "/" + r.name;
-    out.emplace(key, r);
+  for (uint32_t n = files.getFirst(); n; n = files.getNext(n)) {
+    const char *data = files.getData(n);
+    const uint32_t parent = file_record::parent(data);
+    const std::string name = file_record::name(data);
+    out.emplace(parent ? std::string(files.getText(parent)) + "/" + name : name,
+                RecordCopy{n, parent, file_record::time(data), file_record::size(data),
+                           file_record::attributes(data), name});
   }
   return out;
 }
@@ -133,6 +124,9 @@ struct WordFiles {
   uint32_t current = 0;
   unsigned counter = 0;
   std::vector<std::vector<FileLink>> blocks;
+  bool operator==(const WordFiles &o) const {
+    return current == o.current && counter == o.counter && blocks == o.blocks;
+  }
 };
 
 inline WordFiles readWordFiles(const CKurvoIndex &index, uint32_t word) {
@@ -154,6 +148,24 @@ inline WordFiles readWordFiles(const CKurvoIndex &index, uint32_t word) {
   }
   return out;
 }
+
+// Whole runs over the folder "tree" beside the storage chain.
+class IndexRunTest : public ::testing::Test {
+ protected:
+  void SetUp() override { top = scratchRoot(tmp) + "tree"; }
+  void start(const std::vector<std::string> &excludes = {}) {
+    index = startFullBuild(tmp, "", excludes);
+    topRecord = addTopFolder(*index, top);
+  }
+  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
+  bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
+
+  CapturedMessages messages;
+  TempDir tmp;
+  std::string top;
+  std::unique_ptr<CKurvoIndex> index;
+  uint32_t topRecord = 0;
+};
 
 inline std::map<std::string, uint32_t> allWords(const CTextStorage &words) {
   std::map<std::string, uint32_t> out;

@@ -1,0 +1,32 @@
+// Process-wide exported functions: creating an index, name matching, freeing blocks.
+#include <cstdlib>
+#include <string>
+
+#include "index/kurvo_index.h"
+#include "index/name_match.h"
+#include "kurvo.h"
+#include "storage/lower_case_table.h"
+
+extern "C" {
+
+KURVO_API void *kCreateNewIndex(int create, const char *storagePath) {
+  try {
+    return new CKurvoIndex(create != 0, std::string(storagePath));
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+KURVO_API int kFileNameMatch(const char *name, const char *pattern) {
+  // Names are folded through the process-wide case table, which the index
+  // constructor fills; a host may well match names before opening an index.
+  static const bool caseTableReady = (mapLowerCaseChars(), true);
+  (void)caseTableReady;
+  return fileNameMatch(name, pattern);
+}
+
+// Blocks handed to the host come from malloc inside the library; the host
+// must give them back here so that they meet the same allocator.
+KURVO_API void kDeleteChar(void *block) { std::free(block); }
+
+}  // extern "C"
