@@ -13,7 +13,7 @@ folder=/usr/share/doc
 if [ -z "$(ls -A "$folder" 2>/dev/null)" ]; then folder=/usr/share; fi
 "$kurvo" --index usr-share-doc index "$folder"
 echo
-echo "kurvo --index usr-share-doc search 'copyright & license' --limit 10"
+echo "kurvo --index usr-share-doc search --limit 10 'copyright & license'"
 status=0
 "$kurvo" --index usr-share-doc search --limit 10 'copyright & license' || status=$?
 if [ "$status" -gt 1 ]; then exit "$status"; fi
