@@ -77,14 +77,6 @@ std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
   return out;
 }
 
-std::vector<std::string> IndexReader::folders() const {
-  std::set<std::string> names;
-  for (const auto &entry : m_records) {
-    if (entry.second.parent == 0 && !entry.second.deleted) names.insert(entry.second.name);
-  }
-  return {names.begin(), names.end()};
-}
-
 uint32_t IndexReader::wordCount() {
   uint32_t count = 0;
   clearLibraryMessages();

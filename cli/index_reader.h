@@ -20,6 +20,8 @@ struct WordFile {
 class IndexReader {
  public:
   explicit IndexReader(void *index);
+  IndexReader(const IndexReader &) = delete;
+  IndexReader &operator=(const IndexReader &) = delete;
 
   // All records, deleted ones included.
   const RecordTable &records() const { return m_records; }
@@ -38,8 +40,6 @@ class IndexReader {
   // The files of one word, as stored (not filtered).
   std::vector<WordFile> filesOfWord(uint32_t word);
 
-  // Folder records (parent 0) that are not deleted.
-  std::vector<std::string> folders() const;
   uint32_t wordCount();
 
   void *index() const { return m_index; }

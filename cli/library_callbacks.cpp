@@ -57,7 +57,6 @@ void clearLibraryMessages() {
   g_warnings.clear();
 }
 
-const std::vector<LibraryMessage> &libraryErrors() { return g_errors; }
 const std::vector<LibraryMessage> &libraryWarnings() { return g_warnings; }
 
 void throwIfLibraryFailed() {

@@ -18,9 +18,8 @@ struct LibraryMessage {
 // Installs the three callbacks and the SIGINT handler (once per process).
 void installLibraryCallbacks();
 
-// Errors and warnings received since the last clearLibraryMessages().
+// Forgets the errors and warnings received so far; warnings since then:
 void clearLibraryMessages();
-const std::vector<LibraryMessage> &libraryErrors();
 const std::vector<LibraryMessage> &libraryWarnings();
 
 // Throws HostError for the first recorded error, if any (status 130 when it
