@@ -219,13 +219,11 @@ int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings se
   return kExitFound;
 }
 
-unsigned countRecords(void *index) {
-  unsigned count = 0;
-  step([&] {
-    void *files = kidxGetFiles(index);
-    for (uint32_t r = kfsGetFirst(files); r != 0; r = kfsGetNext(files, r)) ++count;
-  });
-  return count;
+// Reads every record once: a damaged file table is refused here, before
+// pruning walks it, and the count gives the progress line its percentage.
+unsigned checkedRecordCount(void *index) {
+  IndexReader reader(index);
+  return static_cast<unsigned>(reader.records().size());
 }
 
 int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
@@ -242,7 +240,7 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     void *index = session.handle();
     noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, false);
     progress.setIndex(index);
-    progress.setRecordTotal(countRecords(index));
+    progress.setRecordTotal(checkedRecordCount(index));
     resetCounters(index);
     kidxSetTimeBase(index, macFromUnix(settings.timeBase));
     kidxSetIsUpdate(index, 1);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <set>
 
+#include "host_error.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
 #include "query_parser.h"
@@ -19,6 +20,7 @@ void IndexReader::loadRecords() {
     void *files = kidxGetFiles(m_index);
     for (uint32_t r = kfsGetFirst(files); r != 0; r = kfsGetNext(files, r)) {
       void *info = kfsGetInfo(files, r);
+      if (!info) throw HostError("the index is damaged (its file table is unreadable); rebuild it with `kurvo index`");
       FileRecord record;
       record.parent = kfiGetFileParentID(info);
       const char *name = kfiGetFileName(info);
