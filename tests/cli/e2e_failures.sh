@@ -60,6 +60,17 @@ one_line_error "corrupt store"
 kurvo update
 expect_status 2 "update of a corrupt store"
 one_line_error "update of a corrupt store"
+# A file table whose records are garbage behind an intact header.
+kurvo index "$D"
+files="$KURVO_HOME/indexes/default/store/files"
+size=$(stat -c %s "$files")
+head -c $((size - 16)) /dev/zero | tr '\0' '\377' | dd of="$files" bs=1 seek=16 conv=notrunc status=none
+kurvo search original
+expect_status 2 "damaged file table"
+one_line_error "damaged file table"
+kurvo update
+expect_status 2 "update of a damaged file table"
+one_line_error "update of a damaged file table"
 # Rebuilding repairs it.
 kurvo index "$D"
 expect_status 0 "rebuild over a corrupt store"
