@@ -37,6 +37,7 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   return haltRequested() ? 0 : 1;
 }
 
+#if !defined(__SANITIZE_ADDRESS__)
 // A damaged storage file can still fault inside the library; the user gets
 // one line instead of a core dump. The stored index is never the one being
 // written, so nothing is lost. Sanitizer builds keep their own reports.
@@ -47,6 +48,7 @@ void onFault(int) {
   (void)ignored;
   ::_exit(kExitError);
 }
+#endif
 
 void onInterrupt(int) {
   g_interrupted = 1;
