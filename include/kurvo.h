@@ -244,13 +244,14 @@ KURVO_API unsigned int ktsGetNext(void *table, unsigned int entry);
  * "AssertionFailed" on a damaged table. */
 KURVO_API unsigned int ktsLookup(void *table, const char *text);
 
-/* The entry's text, or NULL when out of range. THROWS. */
+/* The entry's text, or NULL when out of range or damaged. THROWS. */
 KURVO_API const char *ktsGetText(void *table, unsigned int entry);
 
 /* The entry's data area. For the word table: 16 bytes in host byte order,
  * possibly unaligned: u32 current file (the last file the word was seen in,
  * never in the file lists), u16 occurrence counter, u16 reserved, u32 list
- * position (0: no list), u32 earlier files. Read it with memcpy. THROWS. */
+ * position (0: no list), u32 earlier files. Read it with memcpy. NULL when the
+ * entry is out of range or damaged. THROWS. */
 KURVO_API void *ktsGetData(void *table, unsigned int entry);
 
 /* ------------------------------------------------------------- file storage */
@@ -259,7 +260,8 @@ KURVO_API void *ktsGetData(void *table, unsigned int entry);
  * Does not look for an existing one. CAUGHT: 0 on error. */
 KURVO_API unsigned int kfsAddFile(void *files, const char *name);
 
-/* The record handle for the kfi functions. THROWS. */
+/* The record handle for the kfi functions, or NULL when the record is out of
+ * range or damaged (check it: the kfi functions do not). THROWS. */
 KURVO_API void *kfsGetInfo(void *files, unsigned int record);
 
 /* Walk all records (deleted ones included) in the order added. THROWS. */

@@ -1,0 +1,118 @@
+// A damaged storage folder must give errors, never a crash or a hang.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <random>
+
+#include "contents/file_contents.h"
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+const char *const kStorageFiles[] = {"files", "words", "links", "skipped", "hash"};
+
+// Reads everything a host or an update reads; errors are fine, faults are not.
+void exerciseIndex(const std::string &storage) {
+  std::unique_ptr<CKurvoIndex> index;
+  try {
+    index = std::make_unique<CKurvoIndex>(false, storage);
+  } catch (int) {
+    return;
+  }
+  setWordMasks(*index);
+  index->MaxPerFileRead = 100000;
+  try {
+    for (uint32_t w = index->words->getFirst(); w; w = index->words->getNext(w)) {
+      index->words->lookup(index->words->getText(w));
+      const char *data = index->words->getData(w);
+      uint32_t position = load32(data + word_data::kListPosition);
+      for (int blocks = 0; position && blocks < 50; ++blocks) {
+        unsigned char count = 0;
+        while (index->links->getFile(position, count)) {
+        }
+        position = index->links->getNextList(position);
+      }
+    }
+  } catch (int) {
+  }
+  try {
+    for (uint32_t r = index->files->getFirst(); r; r = index->files->getNext(r)) {
+      const char *data = index->files->getData(r);
+      if (!data) continue;
+      index->files->lookupFile(file_record::name(data), file_record::parent(data));
+      try {
+        CFileContents contents(index.get(), r, 4096, 0, true, 5);
+        contents.containsHit("alpha");
+      } catch (int) {
+      }
+    }
+  } catch (int) {
+  }
+  try {
+    index->createAnalyzers();
+    index->setIncludeCount(1);
+    index->setIncludePattern(0, "*.txt", "generic");
+    index->prune();
+    index->compressLinks();
+  } catch (int) {
+  }
+}
+
+void corrupt(const std::string &path, std::mt19937 &random) {
+  std::string bytes = readFile(path);
+  if (bytes.empty()) return;
+  switch (random() % 3) {
+    case 0:  // a few random bytes
+      for (int i = 0; i < 4; ++i) bytes[random() % bytes.size()] = static_cast<char>(random());
+      break;
+    case 1: {  // one word set to a value near a boundary
+      const uint32_t values[] = {0, 1, 16, 35, 36, 0xFFFFFFFFu, 0x7FFFFFFFu,
+                                 static_cast<uint32_t>(bytes.size())};
+      const size_t at = random() % bytes.size();
+      const uint32_t value = values[random() % 8];
+      for (size_t i = 0; i < 4 && at + i < bytes.size(); ++i)
+        bytes[at + i] = static_cast<char>(value >> (8 * i));
+      break;
+    }
+    default:  // cut short
+      bytes.resize(random() % bytes.size());
+      break;
+  }
+  writeFile(path, bytes);
+}
+
+}  // namespace
+
+TEST(DamagedStorage, RandomDamageGivesErrorsNotFaults) {
+  TempDir tmp;
+  const std::string tree = scratchRoot(tmp) + "tree";
+  writeFile(tree + "/one.txt", "alpha beta gamma alpha\n");
+  writeFile(tree + "/sub/two.txt", "beta delta alpha epsilon\n");
+  writeFile(tree + "/sub/three.txt", "gamma zeta eta theta\n");
+  {
+    auto index = startFullBuild(tmp, "the\n");
+    const uint32_t top = addTopFolder(*index, tree);
+    index->indexDirectory(tree.c_str(), top);
+    index->compressLinks();
+    index->storeStorage(tmp.path());
+  }
+  std::map<std::string, std::string> pristine;
+  for (const char *name : kStorageFiles) pristine[name] = tmp.read(name);
+
+  // A failed prune leaves its diagnostic in the current folder.
+  char saved[4096];
+  ASSERT_NE(getcwd(saved, sizeof saved), nullptr);
+  ASSERT_EQ(chdir(scratchRoot(tmp).c_str()), 0);
+  std::mt19937 random(20261122);
+  for (int round = 0; round < 300; ++round) {
+    for (const auto &[name, bytes] : pristine) tmp.write(name, bytes);
+    std::remove(tmp.file("temp").c_str());
+    corrupt(tmp.file(kStorageFiles[random() % 5]), random);
+    SCOPED_TRACE(round);
+    exerciseIndex(tmp.path());
+  }
+  ASSERT_EQ(chdir(saved), 0);
+}
