@@ -5,3 +5,17 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 scripts/build.sh
 echo "kurvo library built: build/lib/libkurvo.so"
+
+# A named index of its own, so the user's default index is left alone.
+# Slim container images drop /usr/share/doc; /usr/share is there regardless.
+kurvo=build/bin/kurvo
+folder=/usr/share/doc
+if [ -z "$(ls -A "$folder" 2>/dev/null)" ]; then folder=/usr/share; fi
+"$kurvo" --index usr-share-doc index "$folder"
+echo
+echo "kurvo --index usr-share-doc search --limit 10 'copyright & license'"
+status=0
+"$kurvo" --index usr-share-doc search --limit 10 'copyright & license' || status=$?
+if [ "$status" -gt 1 ]; then exit "$status"; fi
+echo
+echo "Try: $kurvo --index usr-share-doc search --outline 'free <2 software'"

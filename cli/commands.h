@@ -1,0 +1,57 @@
+// The subcommands of kurvo and the options they share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "settings.h"
+
+namespace kurvo_cli {
+
+struct GlobalOptions {
+  std::string index = "default";
+  std::string store;
+  bool quiet = false;
+  bool verbose = false;
+};
+
+// Options of `kurvo index` that change the index's settings when given.
+struct IndexCommandOptions {
+  std::vector<std::string> folders;
+  bool add = false;
+  int minWordLength = -1;
+  int maxWordLength = -1;
+  int maxFileRead = -1;
+  int ranking = -1;   // -1: keep, 0 off, 1 on
+  int trackAll = -1;
+  std::string tempDir;
+  std::vector<std::string> include;  // PATTERN or PATTERN=ANALYZER
+  std::vector<std::string> exclude;
+  bool defaultPatterns = false;      // forget custom patterns
+  std::string wordChars;             // extra word characters
+};
+
+struct SearchOptions {
+  std::string query;
+  bool outline = false;
+  bool json = false;
+  int limit = 0;  // 0: all
+};
+
+struct ShowOptions {
+  std::string path;
+  std::string query;
+  bool outline = false;
+};
+
+int runIndex(const GlobalOptions &global, const IndexCommandOptions &options);
+int runUpdate(const GlobalOptions &global);
+int runSearch(const GlobalOptions &global, const SearchOptions &options);
+int runShow(const GlobalOptions &global, const ShowOptions &options);
+int runWords(const GlobalOptions &global, const std::string &pattern, bool json);
+int runStats(const GlobalOptions &global, bool json);
+
+// The query language explained, for `kurvo help search`.
+const char *queryLanguageHelp();
+
+}  // namespace kurvo_cli

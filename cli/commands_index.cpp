@@ -1,0 +1,308 @@
+// `kurvo index` and `kurvo update`: full builds, updates and added folders.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <set>
+
+#include "commands.h"
+#include "host_error.h"
+#include "index_location.h"
+#include "index_reader.h"
+#include "index_session.h"
+#include "kurvo.h"
+#include "library_callbacks.h"
+#include "output.h"
+#include "progress.h"
+#include "store_swap.h"
+
+namespace fs = std::filesystem;
+
+namespace kurvo_cli {
+
+namespace {
+
+bool progressWanted(const GlobalOptions &global) { return !global.quiet && ::isatty(STDERR_FILENO) == 1; }
+
+// Runs one caught library call and turns a recorded error, or a Ctrl-C seen
+// meanwhile, into a HostError.
+template <typename F>
+void step(F &&f) {
+  clearLibraryMessages();
+  callLibrary(f);
+  throwIfLibraryFailed();
+  if (haltRequested()) throw HostError("interrupted; the index was left as it was", kExitInterrupted);
+}
+
+std::string canonicalFolder(const std::string &folder) {
+  std::error_code ec;
+  fs::path p = fs::canonical(folder, ec);
+  if (ec || !fs::is_directory(p, ec)) throw HostError("there is no folder " + folder);
+  return p.string();
+}
+
+bool isInside(const std::string &path, const std::string &folder) {
+  if (folder == "/") return true;
+  return path == folder || (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
+                            path[folder.size()] == '/');
+}
+
+// Canonical folders, each once, dropping those inside another one.
+std::vector<std::string> topFolders(const std::vector<std::string> &given, bool quiet) {
+  std::vector<std::string> folders;
+  for (const std::string &f : given) folders.push_back(canonicalFolder(f));
+  std::vector<std::string> out;
+  for (size_t i = 0; i < folders.size(); ++i) {
+    bool covered = false;
+    for (size_t j = 0; j < folders.size() && !covered; ++j) {
+      if (i == j) continue;
+      bool inside = isInside(folders[i], folders[j]);
+      covered = inside && (folders[i] != folders[j] || j < i);
+    }
+    if (covered && !quiet) std::cerr << "kurvo: note: " << folders[i] << " is already covered\n";
+    if (!covered) out.push_back(folders[i]);
+  }
+  return out;
+}
+
+void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
+  if (c.minWordLength >= 0) o.minWordLength = c.minWordLength;
+  if (c.maxWordLength >= 0) o.maxWordLength = c.maxWordLength;
+  if (c.maxFileRead >= 0) o.maxFileRead = c.maxFileRead;
+  if (c.ranking >= 0) o.ranking = c.ranking == 1;
+  if (c.trackAll >= 0) o.trackAll = c.trackAll == 1;
+  if (!c.tempDir.empty()) o.tempDir = c.tempDir;
+  if (c.defaultPatterns) {
+    o.include = defaultIncludeRules();
+    o.exclude = defaultExcludePatterns();
+  }
+  // Rules given on the command line go first: the first match decides.
+  std::vector<IncludeRule> added;
+  for (const std::string &item : c.include) {
+    size_t eq = item.rfind('=');
+    if (eq == std::string::npos) added.push_back({item, "generic"});
+    else added.push_back({item.substr(0, eq), item.substr(eq + 1)});
+  }
+  o.include.insert(o.include.begin(), added.begin(), added.end());
+  for (const std::string &pattern : c.exclude) o.exclude.push_back(pattern);
+  for (unsigned char ch : c.wordChars) {
+    o.chars.wordStart[ch] = true;
+    o.chars.wordRest[ch] = true;
+  }
+  if (o.minWordLength < 1 || o.maxWordLength < 0 || (o.maxWordLength && o.maxWordLength < o.minWordLength)) {
+    throw HostError("the word lengths do not fit: shortest " + std::to_string(o.minWordLength) + ", longest " +
+                    std::to_string(o.maxWordLength));
+  }
+  if (o.maxFileRead < 1024) throw HostError("--max-file-read must be at least 1024 bytes");
+}
+
+// Said once per full build; updates only say it with --verbose.
+void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global, bool fullBuild) {
+  if (missing.empty() || global.quiet || (!fullBuild && !global.verbose)) return;
+  if (global.verbose) {
+    for (const IncludeRule &rule : missing) {
+      std::cerr << "kurvo: note: files matching " << rule.pattern << " are listed without their words: there is no \""
+                << rule.analyzer << "\" analyzer in this build\n";
+    }
+    return;
+  }
+  std::set<std::string> names;
+  for (const IncludeRule &rule : missing) names.insert(rule.analyzer);
+  std::string list;
+  for (const std::string &name : names) list += (list.empty() ? "" : ", ") + name;
+  std::cerr << "kurvo: note: this build has no analyzer for " << list
+            << " files; they are listed without their words (--verbose for details)\n";
+}
+
+int64_t unixNow() { return static_cast<int64_t>(std::time(nullptr)); }
+
+uint32_t addTopFolder(void *index, const std::string &folder) {
+  struct stat st {};
+  if (::stat(folder.c_str(), &st) != 0) throw HostError("there is no folder " + folder);
+  uint32_t record = 0;
+  step([&] {
+    void *files = kidxGetFiles(index);
+    record = kfsLookupFile(files, folder.c_str(), 0);
+    if (record == 0) record = kfsAddFile(files, folder.c_str());
+    if (record == 0) return;
+    void *info = kfsGetInfo(files, record);
+    kfiSetFileParentID(info, 0);
+    kfiSetFileTimeLastWritten(info, macFromUnix(st.st_mtime));
+    kfiSetFileAttributes(info, 0);
+  });
+  if (record == 0) throw HostError("the folder " + folder + " cannot be recorded in the index");
+  return record;
+}
+
+void indexFolders(void *index, const std::vector<std::string> &folders) {
+  for (const std::string &folder : folders) {
+    uint32_t record = addTopFolder(index, folder);
+    step([&] { kidxIndexDirectory(index, folder.c_str(), record); });
+  }
+}
+
+void resetCounters(void *index) {
+  kidxSetBytesRead(index, 0);
+  kidxSetDirectoriesRead(index, 0);
+  kidxSetFilesIndexed(index, 0);
+  kidxSetContentsIndexed(index, 0);
+  kidxSetWordsIndexed(index, 0);
+}
+
+RunSummary readCounters(void *index, const char *kind, std::chrono::steady_clock::time_point start) {
+  RunSummary s;
+  s.kind = kind;
+  s.folders = kidxGetDirectoriesRead(index);
+  s.files = kidxGetFilesIndexed(index);
+  s.contents = kidxGetContentsIndexed(index);
+  s.words = kidxGetWordsIndexed(index);
+  s.bytes = kidxGetBytesRead(index);
+  s.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return s;
+}
+
+void printSummary(const RunSummary &s, const GlobalOptions &global) {
+  if (global.quiet) return;
+  char line[256];
+  double rate = s.seconds > 0 ? s.bytes / s.seconds : s.bytes;
+  std::snprintf(line, sizeof line, "%s: %u folders, %u entries recorded, %u files read, %u new words, %s in %.1f s (%s/s)",
+                s.kind == "update" ? "Updated" : "Indexed", s.folders, s.files, s.contents, s.words,
+                humanBytes(s.bytes).c_str(), s.seconds, humanBytes(rate).c_str());
+  std::cout << line << "\n";
+}
+
+std::string skipFileOf(const IndexLocation &loc) { return loc.home + "/skipfile.txt"; }
+
+// Compresses, stores into the work folder and closes the index.
+void finishRun(IndexSession &session, Progress &progress) {
+  void *index = session.handle();
+  progress.phase("compressing links");
+  step([&] { kidxCompressLinks(index); });
+  progress.phase("storing the index");
+  step([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
+}
+
+int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
+              const std::vector<std::string> &folders) {
+  prepareHome(loc);
+  StoreSwap swap(loc.storeDir);
+  swap.prepareEmpty();
+  auto start = std::chrono::steady_clock::now();
+  int64_t startedAt = unixNow();
+  RunSummary summary;
+  {
+    Progress progress(progressWanted(global));
+    IndexSession session(swap.workDir(), true);
+    void *index = session.handle();
+    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, true);
+    progress.setIndex(index);
+    step([&] { kidxEmptyIndex(index); });
+    step([&] { kidxNewFileLinks(index); });
+    step([&] { kidxIndexExclusions(index); });
+    indexFolders(index, folders);
+    finishRun(session, progress);
+    summary = readCounters(index, "index", start);
+  }
+  swap.commit();
+  settings.folders = folders;
+  // A second early, so a file changed while this run read it is read again.
+  settings.timeBase = startedAt - 1;
+  settings.finishedAt = unixNow();
+  settings.lastRun = summary;
+  saveSettings(loc.settingsPath, settings);
+  printSummary(summary, global);
+  return kExitFound;
+}
+
+// Reads every record once: a damaged file table is refused here, before
+// pruning walks it, and the count gives the progress line its percentage.
+unsigned checkedRecordCount(void *index) {
+  IndexReader reader(index);
+  return static_cast<unsigned>(reader.records().size());
+}
+
+int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
+              const std::vector<std::string> &added) {
+  prepareHome(loc);
+  StoreSwap swap(loc.storeDir);
+  swap.prepareCopy();
+  auto start = std::chrono::steady_clock::now();
+  int64_t startedAt = unixNow();
+  RunSummary summary;
+  {
+    Progress progress(progressWanted(global));
+    IndexSession session(swap.workDir(), false);
+    void *index = session.handle();
+    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, false);
+    progress.setIndex(index);
+    progress.setRecordTotal(checkedRecordCount(index));
+    resetCounters(index);
+    kidxSetTimeBase(index, macFromUnix(settings.timeBase));
+    kidxSetIsUpdate(index, 1);
+    // Reopened tables stay read-only until pruning makes them writable.
+    step([&] { kidxPrune(index); });
+    step([&] { kidxIndexExclusions(index); });
+    indexFolders(index, added);
+    finishRun(session, progress);
+    summary = readCounters(index, "update", start);
+  }
+  swap.commit();
+  for (const std::string &folder : added) settings.folders.push_back(folder);
+  settings.timeBase = startedAt - 1;
+  settings.finishedAt = unixNow();
+  settings.lastRun = summary;
+  saveSettings(loc.settingsPath, settings);
+  printSummary(summary, global);
+  return kExitFound;
+}
+
+// Folders to add that the index does not cover yet.
+std::vector<std::string> foldersToAdd(const std::vector<std::string> &given, const Settings &settings,
+                                      const GlobalOptions &global) {
+  std::vector<std::string> out;
+  for (const std::string &folder : topFolders(given, global.quiet)) {
+    bool covered = false;
+    for (const std::string &existing : settings.folders) {
+      if (isInside(folder, existing)) covered = true;
+      else if (isInside(existing, folder)) {
+        throw HostError(folder + " holds the indexed folder " + existing +
+                        "; rebuild with `kurvo index` naming all folders instead");
+      }
+    }
+    if (covered && !global.quiet) std::cerr << "kurvo: note: " << folder << " is already in the index\n";
+    if (!covered) out.push_back(folder);
+  }
+  return out;
+}
+
+}  // namespace
+
+int runIndex(const GlobalOptions &global, const IndexCommandOptions &options) {
+  IndexLocation loc = locateIndex(global.index, global.store);
+  Settings settings = loadSettings(loc.settingsPath);
+  applyCommandOptions(settings.options, options);
+  bool exists = indexExists(loc);
+  if (options.add) {
+    if (options.folders.empty()) throw HostError("--add needs at least one folder");
+    if (exists) return updateRun(global, loc, settings, foldersToAdd(options.folders, settings, global));
+    return fullBuild(global, loc, settings, topFolders(options.folders, global.quiet));
+  }
+  std::vector<std::string> given = options.folders.empty() ? settings.folders : options.folders;
+  if (given.empty()) throw HostError("name at least one folder to index, as in: kurvo index ~/Documents");
+  return fullBuild(global, loc, settings, topFolders(given, global.quiet));
+}
+
+int runUpdate(const GlobalOptions &global) {
+  IndexLocation loc = locateIndex(global.index, global.store);
+  if (!indexExists(loc)) {
+    throw HostError("there is no index \"" + loc.name + "\" yet; build it with: kurvo index FOLDER");
+  }
+  return updateRun(global, loc, loadSettings(loc.settingsPath), {});
+}
+
+}  // namespace kurvo_cli

@@ -1,0 +1,85 @@
+// Where an index lives: the kurvo home, the storage folder and its settings.
+#include "index_location.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "host_error.h"
+
+namespace fs = std::filesystem;
+
+namespace kurvo_cli {
+
+namespace {
+
+// Absolute and without "." or ".." so that the library's comparisons of
+// folder paths (which folder to skip) see the same text the walk builds.
+std::string absoluteFolder(const std::string &path) {
+  std::error_code ec;
+  fs::path p = fs::weakly_canonical(fs::absolute(path), ec);
+  if (ec) p = fs::absolute(path).lexically_normal();
+  std::string text = p.string();
+  while (text.size() > 1 && text.back() == '/') text.pop_back();
+  return text;
+}
+
+size_t countSlashes(const std::string &text) {
+  size_t n = 0;
+  for (char c : text) n += c == '/';
+  return n;
+}
+
+}  // namespace
+
+std::string kurvoHome() {
+  const char *env = std::getenv("KURVO_HOME");
+  if (env && *env) return absoluteFolder(env);
+  const char *home = std::getenv("HOME");
+  if (!home || !*home) throw HostError("neither KURVO_HOME nor HOME is set");
+  return absoluteFolder(std::string(home) + "/.kurvo");
+}
+
+IndexLocation locateIndex(const std::string &name, const std::string &storeOption) {
+  IndexLocation loc;
+  loc.home = kurvoHome();
+  if (!storeOption.empty()) {
+    std::string dir = absoluteFolder(storeOption);
+    // The library finds its skip folder three levels above the storage
+    // folder, so the path needs that many levels.
+    if (countSlashes(dir) < 3) {
+      throw HostError("the storage folder " + dir + " must lie at least three folders deep (like /a/b/c/store)");
+    }
+    loc.storeDir = dir + "/";
+    loc.settingsPath = dir + ".settings.json";
+    loc.name = dir;
+    return loc;
+  }
+  if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
+    throw HostError("the index name \"" + name + "\" is not valid (use letters, digits, '-' or '_')");
+  }
+  std::string dir = loc.home + "/indexes/" + name;
+  loc.storeDir = dir + "/store/";
+  loc.settingsPath = dir + "/settings.json";
+  loc.name = name;
+  return loc;
+}
+
+void prepareHome(const IndexLocation &location) {
+  std::error_code ec;
+  fs::create_directories(location.home, ec);
+  if (ec) throw HostError("the kurvo home " + location.home + " cannot be created: " + ec.message());
+  std::string skip = location.home + "/skipfile.txt";
+  if (!fs::exists(skip, ec)) {
+    std::ofstream out(skip);
+    if (!out) throw HostError("the skip-word file " + skip + " cannot be created");
+  }
+}
+
+bool indexExists(const IndexLocation &location) {
+  std::error_code ec;
+  return fs::exists(location.storeDir + "hash", ec);
+}
+
+}  // namespace kurvo_cli

@@ -1,0 +1,92 @@
+// Reads a stored index through the exported table functions: file records
+// with their full paths, words, and the files each word occurs in.
+#include "index_reader.h"
+
+#include <cstring>
+#include <set>
+
+#include "host_error.h"
+#include "kurvo.h"
+#include "library_callbacks.h"
+#include "query_parser.h"
+
+namespace kurvo_cli {
+
+IndexReader::IndexReader(void *index) : m_index(index) { loadRecords(); }
+
+void IndexReader::loadRecords() {
+  clearLibraryMessages();
+  callLibrary([&] {
+    void *files = kidxGetFiles(m_index);
+    for (uint32_t r = kfsGetFirst(files); r != 0; r = kfsGetNext(files, r)) {
+      void *info = kfsGetInfo(files, r);
+      if (!info) throw HostError("the index is damaged (its file table is unreadable); rebuild it with `kurvo index`");
+      FileRecord record;
+      record.parent = kfiGetFileParentID(info);
+      const char *name = kfiGetFileName(info);
+      record.name = name ? name : "";
+      record.deleted = !record.name.empty() && static_cast<unsigned char>(record.name[0]) == 0xFF;
+      record.macTime = kfiGetFileTimeLastWritten(info);
+      record.size = kfiGetFileSize(info);
+      m_records.emplace(r, std::move(record));
+    }
+  });
+}
+
+std::vector<std::pair<uint32_t, std::string>> IndexReader::matchingWords(const std::string &term) {
+  std::vector<std::pair<uint32_t, std::string>> out;
+  clearLibraryMessages();
+  callLibrary([&] {
+    void *words = kidxGetWords(m_index);
+    if (!hasWildcard(term)) {
+      uint32_t entry = ktsLookup(words, term.c_str());
+      if (entry != 0) out.emplace_back(entry, term);
+      return;
+    }
+    for (uint32_t w = ktsGetFirst(words); w != 0; w = ktsGetNext(words, w)) {
+      const char *text = ktsGetText(words, w);
+      if (text && kidxDoesWordMatch(m_index, text, term.c_str())) out.emplace_back(w, text);
+    }
+  });
+  return out;
+}
+
+std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
+  std::vector<WordFile> out;
+  clearLibraryMessages();
+  callLibrary([&] {
+    const unsigned char *data = static_cast<const unsigned char *>(ktsGetData(kidxGetWords(m_index), word));
+    if (!data) return;
+    uint32_t current = 0;
+    uint16_t counter = 0;
+    uint32_t position = 0;
+    std::memcpy(&current, data, 4);
+    std::memcpy(&counter, data + 4, 2);
+    std::memcpy(&position, data + 8, 4);
+    if (current != 0) out.push_back({current, static_cast<unsigned>(counter & 0xFF)});
+    void *links = kidxGetLinks(m_index);
+    std::set<uint32_t> seenBlocks;  // a damaged chain must not loop forever
+    while (position != 0 && seenBlocks.insert(position).second) {
+      unsigned cursor[2] = {position, 0};
+      for (;;) {
+        unsigned file = kflGetFile(links, cursor);
+        if (file == 0) break;
+        out.push_back({file, cursor[1]});
+      }
+      position = kflGetNextList(links, cursor[0]);
+    }
+  });
+  return out;
+}
+
+uint32_t IndexReader::wordCount() {
+  uint32_t count = 0;
+  clearLibraryMessages();
+  callLibrary([&] {
+    void *words = kidxGetWords(m_index);
+    for (uint32_t w = ktsGetFirst(words); w != 0; w = ktsGetNext(words, w)) ++count;
+  });
+  return count;
+}
+
+}  // namespace kurvo_cli

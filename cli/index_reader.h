@@ -1,0 +1,55 @@
+// Reads a stored index through the exported table functions: file records
+// with their full paths, words, and the files each word occurs in.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "record_paths.h"
+
+namespace kurvo_cli {
+
+struct WordFile {
+  uint32_t file;
+  unsigned countByte;  // occurrences - 1, held at 255 (255 without ranking)
+};
+
+class IndexReader {
+ public:
+  explicit IndexReader(void *index);
+  IndexReader(const IndexReader &) = delete;
+  IndexReader &operator=(const IndexReader &) = delete;
+
+  // All records, deleted ones included.
+  const RecordTable &records() const { return m_records; }
+
+  // The full path of a live file or member ("container::member" inside
+  // archives); empty when the record is deleted, a folder, unknown, or its
+  // parent chain is broken.
+  const std::string &filePath(uint32_t record) { return m_paths.filePath(record); }
+  bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
+
+  // The record of a live file by its full path, or 0.
+  uint32_t findFile(const std::string &path) { return m_paths.findFile(path); }
+
+  // Index words matching a lower-cased term (wildcards expanded).
+  std::vector<std::pair<uint32_t, std::string>> matchingWords(const std::string &term);
+  // The files of one word, as stored (not filtered).
+  std::vector<WordFile> filesOfWord(uint32_t word);
+
+  uint32_t wordCount();
+
+  void *index() const { return m_index; }
+
+ private:
+  void loadRecords();
+
+  void *m_index;
+  RecordTable m_records;
+  RecordPaths m_paths{m_records};
+};
+
+}  // namespace kurvo_cli

@@ -1,0 +1,75 @@
+// One open index: created or reopened on a storage folder and configured
+// from the settings (word lengths, character classes, analyzers, patterns).
+#include "index_session.h"
+
+#include "host_error.h"
+#include "kurvo.h"
+#include "library_callbacks.h"
+
+namespace kurvo_cli {
+
+IndexSession::IndexSession(const std::string &storeDir, bool create) : m_storeDir(storeDir) {
+  clearLibraryMessages();
+  m_index = kCreateNewIndex(create ? 1 : 0, storeDir.c_str());
+  if (!m_index) {
+    throwIfLibraryFailed();
+    throw HostError("the index at " + storeDir + " cannot be opened");
+  }
+}
+
+IndexSession::~IndexSession() {
+  if (m_index) kidxClearIndex(m_index);
+}
+
+namespace {
+
+void setMasks(void *index, const CharClasses &chars) {
+  for (int c = 0; c < 256; ++c) {
+    kidxSetValidCharMask(index, c, chars.wordStart[c]);
+    kidxSetValidTrailingMask(index, c, chars.wordRest[c]);
+    kidxSetValidViewableMask(index, c, chars.viewable[c]);
+    kidxSetNonAlphaCharMask(index, c, chars.nonAlpha[c]);
+  }
+}
+
+}  // namespace
+
+std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, const std::string &skipFile,
+                                                 bool showStatus) {
+  void *index = m_index;
+  kidxSetMinWordLength(index, options.minWordLength);
+  kidxSetMaxWordLength(index, options.maxWordLength);
+  kidxSetMaxPerFileRead(index, options.maxFileRead);
+  kidxSetUseRanking(index, options.ranking ? 1 : 0);
+  kidxSetTrackAll(index, options.trackAll ? 1 : 0);
+  kidxSetNumberHandling(index, 0);
+  kidxSetInternationalChar(index, 1);
+  kidxSetSavePassword(index, 0);
+  kidxSetShowStatus(index, showStatus ? 1 : 0);
+  kidxSetIsUpdate(index, 0);
+  setMasks(index, options.chars);
+  std::string temp = temporaryFolder(options);
+  kidxSetTemporaryDirectory(index, temp.c_str());
+  kidxSetSkipFilePath(index, skipFile.c_str());
+
+  clearLibraryMessages();
+  callLibrary([&] { kidxCreateAnalyzers(index); });
+
+  std::vector<IncludeRule> missing;
+  callLibrary([&] { kidxSetIncludeCount(index, static_cast<int>(options.include.size())); });
+  for (size_t i = 0; i < options.include.size(); ++i) {
+    const IncludeRule &rule = options.include[i];
+    clearLibraryMessages();
+    kidxSetIncludePattern(index, static_cast<int>(i), rule.pattern.c_str(), rule.analyzer.c_str());
+    if (!libraryWarnings().empty()) missing.push_back(rule);
+    throwIfLibraryFailed();
+  }
+  callLibrary([&] { kidxSetExcludeCount(index, static_cast<int>(options.exclude.size())); });
+  for (size_t i = 0; i < options.exclude.size(); ++i) {
+    callLibrary([&] { kidxSetExcludePattern(index, static_cast<int>(i), options.exclude[i].c_str()); });
+  }
+  clearLibraryMessages();
+  return missing;
+}
+
+}  // namespace kurvo_cli

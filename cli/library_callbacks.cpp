@@ -1,0 +1,94 @@
+// The host's callbacks: errors and warnings are recorded, statuses drive the
+// progress line, and Ctrl-C turns the next status answer into "stop".
+#include "library_callbacks.h"
+
+#include <csignal>
+#include <cstdlib>
+
+#include <unistd.h>
+
+#include "host_error.h"
+#include "kurvo.h"
+#include "messages.h"
+
+namespace kurvo_cli {
+
+namespace {
+
+std::vector<LibraryMessage> g_errors;
+std::vector<LibraryMessage> g_warnings;
+StatusListener g_listener;
+volatile std::sig_atomic_t g_interrupted = 0;
+// Test hook: KURVO_HALT_AFTER=N answers "stop" from the N-th library status on.
+long g_haltAfter = 0;
+long g_statusCount = 0;
+
+void onError(const char *key, const char *argument) {
+  g_errors.push_back({key ? key : "", argument ? argument : ""});
+}
+
+void onWarning(const char *key, const char *argument) {
+  g_warnings.push_back({key ? key : "", argument ? argument : ""});
+}
+
+int onStatus(const char *key, const char *argument, int fromLibrary) {
+  if (fromLibrary) ++g_statusCount;
+  if (g_listener) g_listener(key ? key : "", argument ? argument : "");
+  return haltRequested() ? 0 : 1;
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+// A damaged storage file can still fault inside the library; the user gets
+// one line instead of a core dump. The stored index is never the one being
+// written, so nothing is lost. Sanitizer builds keep their own reports.
+void onFault(int) {
+  static const char message[] =
+      "kurvo: the index could not be read (damaged storage?); rebuild it with `kurvo index`\n";
+  ssize_t ignored = ::write(STDERR_FILENO, message, sizeof message - 1);
+  (void)ignored;
+  ::_exit(kExitError);
+}
+#endif
+
+void onInterrupt(int) {
+  g_interrupted = 1;
+  // A second Ctrl-C ends the process at once; the stored index is untouched
+  // either way because runs work on a separate folder.
+  std::signal(SIGINT, SIG_DFL);
+}
+
+}  // namespace
+
+void installLibraryCallbacks() {
+  kSetThrowCallBack(onError);
+  kSetWarningCallBack(onWarning);
+  kSetStatusCallBack(onStatus);
+  std::signal(SIGINT, onInterrupt);
+#if !defined(__SANITIZE_ADDRESS__)
+  std::signal(SIGSEGV, onFault);
+  std::signal(SIGBUS, onFault);
+#endif
+  if (const char *halt = std::getenv("KURVO_HALT_AFTER")) g_haltAfter = std::atol(halt);
+}
+
+void clearLibraryMessages() {
+  g_errors.clear();
+  g_warnings.clear();
+}
+
+const std::vector<LibraryMessage> &libraryWarnings() { return g_warnings; }
+
+void throwIfLibraryFailed() {
+  if (g_errors.empty()) return;
+  const LibraryMessage &first = g_errors.front();
+  if (first.key == "HaltRequested") throw HostError("interrupted; the index was left as it was", kExitInterrupted);
+  throw HostError(describeMessage(first.key, first.argument));
+}
+
+bool haltRequested() {
+  return g_interrupted != 0 || (g_haltAfter > 0 && g_statusCount >= g_haltAfter);
+}
+
+void setStatusListener(StatusListener listener) { g_listener = std::move(listener); }
+
+}  // namespace kurvo_cli

@@ -1,0 +1,47 @@
+// The host's callbacks: errors and warnings are recorded, statuses drive the
+// progress line, and Ctrl-C turns the next status answer into "stop".
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host_error.h"
+
+namespace kurvo_cli {
+
+struct LibraryMessage {
+  std::string key;
+  std::string argument;
+};
+
+// Installs the three callbacks and the SIGINT handler (once per process).
+void installLibraryCallbacks();
+
+// Forgets the errors and warnings received so far; warnings since then:
+void clearLibraryMessages();
+const std::vector<LibraryMessage> &libraryWarnings();
+
+// Throws HostError for the first recorded error, if any (status 130 when it
+// was a halt).
+void throwIfLibraryFailed();
+
+// Runs f, turning the library's int exception into a HostError.
+template <typename F>
+auto callLibrary(F &&f) -> decltype(f()) {
+  try {
+    return f();
+  } catch (int) {
+    throwIfLibraryFailed();
+    throw HostError("the library failed without saying why");
+  }
+}
+
+// True once Ctrl-C was pressed (or the test hook asked to halt).
+bool haltRequested();
+
+// Receives every status message of the library (key, argument).
+using StatusListener = std::function<void(const std::string &, const std::string &)>;
+void setStatusListener(StatusListener listener);
+
+}  // namespace kurvo_cli

@@ -1,0 +1,48 @@
+// Queries as the commands take them: parsed with the index's word characters,
+// with notes about words the index cannot hold.
+#include "query_support.h"
+
+#include <iostream>
+
+#include "host_error.h"
+#include "kurvo.h"
+#include "library_callbacks.h"
+
+namespace kurvo_cli {
+
+WordCharacters wordCharactersOf(const IndexOptions &options) {
+  WordCharacters chars{};
+  for (int c = 0; c < 256; ++c) chars[c] = options.chars.wordStart[c] || options.chars.wordRest[c];
+  return chars;
+}
+
+QueryNode parseUserQuery(const std::string &text, const IndexOptions &options) {
+  try {
+    return parseQuery(text, wordCharactersOf(options));
+  } catch (const QueryError &e) {
+    throw HostError(std::string("bad query: ") + e.what() + " (see: kurvo help search)");
+  }
+}
+
+// Words the index can never hold give no results; saying why saves a puzzle.
+void noteUnsearchableTerms(const QueryNode &query, ReadingSession &rs, bool quiet) {
+  if (quiet) return;
+  const IndexOptions &o = rs.settings.options;
+  for (const std::string &term : positiveTerms(query)) {
+    if (hasWildcard(term)) continue;
+    int longest = o.maxWordLength == 0 ? 100 : o.maxWordLength + 1;
+    if (static_cast<int>(term.size()) < o.minWordLength) {
+      std::cerr << "kurvo: note: \"" << term << "\" is shorter than " << o.minWordLength
+                << " characters; such words are not indexed\n";
+    } else if (static_cast<int>(term.size()) > longest) {
+      std::cerr << "kurvo: note: \"" << term << "\" is longer than " << longest
+                << " characters; such words are not indexed whole\n";
+    } else {
+      unsigned skipped = 0;
+      callLibrary([&] { skipped = ktsLookup(kidxGetSkipWords(rs.index()), term.c_str()); });
+      if (skipped) std::cerr << "kurvo: note: \"" << term << "\" is a skip word and is never indexed\n";
+    }
+  }
+}
+
+}  // namespace kurvo_cli

@@ -1,0 +1,42 @@
+// Full paths of file records, rebuilt from their parent chains.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+namespace kurvo_cli {
+
+struct FileRecord {
+  uint32_t parent = 0;
+  std::string name;
+  double macTime = 0;  // seconds since 1904
+  uint32_t size = 0;
+  bool deleted = false;
+};
+
+using RecordTable = std::unordered_map<uint32_t, FileRecord>;
+
+// Folder records (parent 0) hold their full path; a file's path is its
+// folder's path, "/" and its name; an archive member's is its container's
+// path, "::" and its name, nested as deep as the members go.
+class RecordPaths {
+ public:
+  explicit RecordPaths(const RecordTable &records) : m_records(records) {}
+
+  // The path of a live file or member; empty for folders, deleted or unknown
+  // records and records whose parent chain is broken or deleted.
+  const std::string &filePath(uint32_t record);
+  // The live file with that full path, or 0.
+  uint32_t findFile(const std::string &path);
+
+ private:
+  std::string buildPath(uint32_t record, int depth);
+
+  const RecordTable &m_records;
+  std::unordered_map<uint32_t, std::string> m_paths;
+  std::unordered_map<std::string, uint32_t> m_byPath;
+  bool m_byPathComplete = false;
+};
+
+}  // namespace kurvo_cli

@@ -1,0 +1,61 @@
+# Shared helpers of the kurvo end-to-end tests; sourced by the e2e_*.sh scripts.
+# Usage of a script: bash e2e_x.sh /path/to/kurvo /scratch/folder
+set -u
+
+KURVO_BIN="$1"
+SCRATCH_ROOT="$2"
+mkdir -p "$SCRATCH_ROOT"
+WORK="$(mktemp -d "$SCRATCH_ROOT/run.XXXXXX")"
+WORK="$(cd "$WORK" && pwd -P)"
+# Four levels keep the index's skip folder (three above the store) inside WORK.
+export KURVO_HOME="$WORK/home"
+export NO_COLOR=1
+FAILURES=0
+
+cleanup() { rm -rf "$WORK"; }
+trap cleanup EXIT
+
+# kurvo ARGS...: runs the command; sets OUT, ERR and STATUS.
+kurvo() {
+  OUT="$("$KURVO_BIN" "$@" 2>"$WORK/stderr")"
+  STATUS=$?
+  ERR="$(cat "$WORK/stderr")"
+}
+
+fail() {
+  echo "FAIL: $*" >&2
+  echo "  stdout: $OUT" >&2
+  echo "  stderr: $ERR" >&2
+  FAILURES=$((FAILURES + 1))
+}
+
+expect_status() {  # expected, description
+  [ "$STATUS" -eq "$1" ] || fail "$2: exit status $STATUS, expected $1"
+}
+
+expect_out() {  # exact expected stdout, description
+  [ "$OUT" = "$1" ] || fail "$2: unexpected output; expected:
+$1"
+}
+
+expect_contains() {  # text, description
+  case "$OUT" in *"$1"*) ;; *) fail "$2: output lacks '$1'" ;; esac
+}
+
+expect_lacks() {  # text, description
+  case "$OUT" in *"$1"*) fail "$2: output holds '$1'" ;; *) ;; esac
+}
+
+# Writes a file, creating its folder; the content ends in a line feed.
+put() {  # path, text
+  mkdir -p "$(dirname "$1")"
+  printf '%s\n' "$2" >"$1"
+}
+
+finish() {
+  if [ "$FAILURES" -ne 0 ]; then
+    echo "$FAILURES check(s) failed" >&2
+    exit 1
+  fi
+  echo "all checks passed"
+}

@@ -1,0 +1,66 @@
+# End to end: updates after files change, appear and vanish; adding folders.
+source "$(dirname "$0")/cli_test_helpers.sh"
+
+D="$WORK/docs"
+put "$D/alpha.txt" "the quick brown fox"
+put "$D/beta.txt" "brown bear"
+put "$D/sub/gamma.txt" "quiet garden"
+kurvo index "$D"
+expect_status 0 "index"
+
+# Changes are detected by time stamps in whole seconds.
+sleep 1
+put "$D/alpha.txt" "the quick brown wolf"
+rm "$D/beta.txt"
+put "$D/sub/new.txt" "zebra crossing"
+put "$D/newdir/deep.txt" "platypus"
+
+kurvo update
+expect_status 0 "update"
+expect_contains "Updated" "update summary"
+kurvo search wolf
+expect_out "$D/alpha.txt" "changed file has its new words"
+kurvo search fox
+expect_status 1 "changed file lost its old words"
+kurvo search bear
+expect_status 1 "deleted file is gone"
+kurvo search zebra
+expect_out "$D/sub/new.txt" "new file in an old folder"
+kurvo search platypus
+expect_out "$D/newdir/deep.txt" "file in a new folder"
+kurvo search brown
+expect_out "$D/alpha.txt" "re-indexed file listed once"
+
+# An update with nothing changed keeps every answer.
+sleep 1
+kurvo update
+expect_status 0 "second update"
+kurvo search brown
+expect_out "$D/alpha.txt" "unchanged after a quiet update"
+kurvo search quiet garden
+expect_out "$D/sub/gamma.txt" "untouched file still found"
+
+# --add joins a folder without a rebuild.
+E="$WORK/extra"
+put "$E/one.txt" "marmalade"
+kurvo index --add "$E"
+expect_status 0 "--add"
+kurvo search marmalade
+expect_out "$E/one.txt" "added folder searchable"
+kurvo search wolf
+expect_out "$D/alpha.txt" "earlier folders kept"
+kurvo stats
+expect_contains "folder:         $E" "stats lists the added folder"
+kurvo index --add "$E/"
+expect_status 0 "adding a covered folder again"
+kurvo search marmalade
+expect_out "$E/one.txt" "no duplicates after adding twice"
+
+# A full index without folders rebuilds the recorded ones.
+kurvo index
+expect_status 0 "rebuild"
+kurvo search 'marmalade | wolf'
+expect_out "$D/alpha.txt
+$E/one.txt" "rebuild covers all folders"
+
+finish

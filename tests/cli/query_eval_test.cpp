@@ -1,0 +1,103 @@
+// Evaluating queries: set algebra, scores, proximity confirmation, ranking.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "query_eval.h"
+
+using namespace kurvo_cli;
+
+namespace {
+
+// Files 1-4 with fixed word scores; proximity holds only where listed.
+class FakeSource : public TermSource {
+ public:
+  std::map<std::string, ScoredFiles> terms = {
+      {"apple", {{1, 3}, {2, 1}, {3, 2}}},
+      {"pear", {{2, 5}, {3, 1}}},
+      {"plum", {{4, 1}}},
+      {"apricot", {{4, 2}}},
+  };
+  std::set<uint32_t> nearFiles = {3};
+  std::vector<std::string> lookups;
+  std::vector<std::string> nearTexts;
+
+  ScoredFiles filesForTerm(const std::string &term) override {
+    lookups.push_back(term);
+    ScoredFiles out;
+    for (const auto &[word, files] : terms) {
+      bool wild = term.back() == '*';
+      if (word == term || (wild && word.compare(0, term.size() - 1, term, 0, term.size() - 1) == 0)) {
+        for (const auto &[f, s] : files) out[f] += s;
+      }
+    }
+    return out;
+  }
+
+  bool confirmNear(uint32_t file, const std::string &text, const std::string &first) override {
+    nearTexts.push_back(text + "/" + first);
+    return nearFiles.count(file) > 0;
+  }
+};
+
+ScoredFiles run(FakeSource &source, const std::string &query) {
+  return evaluateQuery(parseQuery(query, defaultWordCharacters()), source);
+}
+
+TEST(QueryEval, AndIntersectsAndAddsScores) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "apple pear"), (ScoredFiles{{2, 6}, {3, 3}}));
+}
+
+TEST(QueryEval, OrUnitesAndAddsScores) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "pear | plum"), (ScoredFiles{{2, 5}, {3, 1}, {4, 1}}));
+  EXPECT_EQ(run(s, "apple | pear"), (ScoredFiles{{1, 3}, {2, 6}, {3, 3}}));
+}
+
+TEST(QueryEval, ExclusionRemovesFilesWithoutScoring) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "apple -pear"), (ScoredFiles{{1, 3}}));
+  EXPECT_EQ(run(s, "-pear apple"), (ScoredFiles{{1, 3}}));
+  EXPECT_EQ(run(s, "apple -(pear | plum)"), (ScoredFiles{{1, 3}}));
+}
+
+TEST(QueryEval, GroupsBindAsWritten) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "(pear | plum) apple"), (ScoredFiles{{2, 6}, {3, 3}}));
+  EXPECT_EQ(run(s, "pear | plum apricot"), (ScoredFiles{{2, 5}, {3, 1}, {4, 3}}));
+}
+
+TEST(QueryEval, WildcardsSumTheirWords) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "ap*"), (ScoredFiles{{1, 3}, {2, 1}, {3, 2}, {4, 2}}));
+}
+
+TEST(QueryEval, UnknownWordsFindNothing) {
+  FakeSource s;
+  EXPECT_TRUE(run(s, "apple quince").empty());
+  EXPECT_TRUE(run(s, "quince").empty());
+}
+
+TEST(QueryEval, ProximityNeedsBothTermsAndTheViewer) {
+  FakeSource s;
+  EXPECT_EQ(run(s, "apple <2 pear"), (ScoredFiles{{3, 3}}));
+  // Only files holding both terms are shown to the viewer.
+  EXPECT_EQ(s.nearTexts, (std::vector<std::string>{"apple <2 pear/apple", "apple <2 pear/apple"}));
+}
+
+TEST(QueryEval, EachTermIsLookedUpOnce) {
+  FakeSource s;
+  run(s, "apple (apple | pear) -apple");
+  EXPECT_EQ(s.lookups.size(), 2u);
+}
+
+TEST(QueryEval, RankingIsScoreThenPath) {
+  std::vector<RankedFile> r = {{1, 2, "/b"}, {2, 5, "/z"}, {3, 2, "/a"}, {4, 7, "/m"}};
+  rankResults(r);
+  std::vector<std::string> paths;
+  for (const RankedFile &f : r) paths.push_back(f.path);
+  EXPECT_EQ(paths, (std::vector<std::string>{"/m", "/z", "/a", "/b"}));
+}
+
+}  // namespace

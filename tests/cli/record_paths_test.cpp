@@ -1,0 +1,70 @@
+// Paths of records: folders, files, nested archive members, broken chains.
+#include <gtest/gtest.h>
+
+#include "record_paths.h"
+
+using namespace kurvo_cli;
+
+namespace {
+
+RecordTable sampleTable() {
+  RecordTable t;
+  t[36] = {0, "/docs", 0, 0, false};
+  t[60] = {36, "notes.txt", 0, 10, false};
+  t[90] = {36, "docs.zip", 0, 10, false};
+  t[120] = {90, "inner.tar", 0, 10, false};
+  t[150] = {120, "notes.txt", 0, 10, false};
+  t[180] = {36, "\xFFld.txt", 0, 10, true};    // deleted
+  t[210] = {180, "member.txt", 0, 10, false};  // inside a deleted file
+  t[240] = {999, "orphan.txt", 0, 10, false};  // parent unknown
+  t[270] = {0, "/", 0, 0, false};
+  t[300] = {270, "top.txt", 0, 10, false};
+  t[330] = {360, "loop-a", 0, 0, false};
+  t[360] = {330, "loop-b", 0, 0, false};
+  return t;
+}
+
+struct PathCase {
+  uint32_t record;
+  const char *path;
+};
+
+class RecordPath : public ::testing::TestWithParam<PathCase> {};
+
+TEST_P(RecordPath, IsBuiltFromTheChain) {
+  RecordTable t = sampleTable();
+  RecordPaths paths(t);
+  EXPECT_EQ(paths.filePath(GetParam().record), GetParam().path);
+}
+
+INSTANTIATE_TEST_SUITE_P(RecordPaths, RecordPath,
+                         ::testing::Values(PathCase{60, "/docs/notes.txt"}, PathCase{90, "/docs/docs.zip"},
+                                           PathCase{120, "/docs/docs.zip::inner.tar"},
+                                           PathCase{150, "/docs/docs.zip::inner.tar::notes.txt"},
+                                           PathCase{36, ""},   // a folder is no result
+                                           PathCase{180, ""},  // deleted
+                                           PathCase{210, ""},  // container deleted
+                                           PathCase{240, ""},  // parent missing
+                                           PathCase{300, "/top.txt"},
+                                           PathCase{330, ""},  // parent chain loops
+                                           PathCase{12345, ""}));
+
+TEST(RecordPaths, FindsLiveFilesByPath) {
+  RecordTable t = sampleTable();
+  RecordPaths paths(t);
+  EXPECT_EQ(paths.findFile("/docs/notes.txt"), 60u);
+  EXPECT_EQ(paths.findFile("/docs/docs.zip::inner.tar::notes.txt"), 150u);
+  EXPECT_EQ(paths.findFile("/docs/old.txt"), 0u);
+  EXPECT_EQ(paths.findFile("/docs"), 0u);
+}
+
+TEST(RecordPaths, ReindexedFileIsFoundUnderItsNewRecord) {
+  RecordTable t = sampleTable();
+  t[60].deleted = true;
+  t[60].name[0] = '\xFF';
+  t[400] = {36, "notes.txt", 0, 12, false};
+  RecordPaths paths(t);
+  EXPECT_EQ(paths.findFile("/docs/notes.txt"), 400u);
+}
+
+}  // namespace

@@ -1,0 +1,112 @@
+// The settings file: defaults, round trips, partial files and damaged ones.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include <unistd.h>
+
+#include "host_error.h"
+#include "settings.h"
+
+using namespace kurvo_cli;
+
+namespace {
+
+class SettingsFile : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/kurvo-settings-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    m_dir = pattern;
+  }
+  void TearDown() override { std::system(("rm -rf '" + m_dir + "'").c_str()); }
+  std::string path() const { return m_dir + "/sub/settings.json"; }
+  void write(const std::string &text) const {
+    std::system(("mkdir -p '" + m_dir + "/sub'").c_str());
+    std::ofstream(path()) << text;
+  }
+
+  std::string m_dir;
+};
+
+TEST_F(SettingsFile, MissingFileGivesDefaults) {
+  Settings s = loadSettings(path());
+  EXPECT_TRUE(s.folders.empty());
+  EXPECT_EQ(s.timeBase, 0);
+  EXPECT_EQ(s.options.minWordLength, 3);
+  EXPECT_EQ(s.options.maxWordLength, 16);
+  EXPECT_TRUE(s.options.ranking);
+  EXPECT_FALSE(s.options.include.empty());
+}
+
+TEST_F(SettingsFile, RoundTrip) {
+  Settings s;
+  s.options = defaultOptions();
+  s.folders = {"/a", "/b c"};
+  s.timeBase = 1700000000;
+  s.finishedAt = 1700000100;
+  s.lastRun.kind = "update";
+  s.lastRun.files = 12;
+  s.lastRun.bytes = 4096;
+  s.options.minWordLength = 2;
+  s.options.ranking = false;
+  s.options.include = {{"*.txt", "generic"}, {"*.zip", "zip"}};
+  s.options.exclude = {"*/.git"};
+  s.options.chars.wordStart['_'] = true;
+  saveSettings(path(), s);
+
+  Settings r = loadSettings(path());
+  EXPECT_EQ(r.folders, s.folders);
+  EXPECT_EQ(r.timeBase, s.timeBase);
+  EXPECT_EQ(r.finishedAt, s.finishedAt);
+  EXPECT_EQ(r.lastRun.kind, "update");
+  EXPECT_EQ(r.lastRun.files, 12u);
+  EXPECT_EQ(r.lastRun.bytes, 4096);
+  EXPECT_EQ(r.options.minWordLength, 2);
+  EXPECT_FALSE(r.options.ranking);
+  ASSERT_EQ(r.options.include.size(), 2u);
+  EXPECT_EQ(r.options.include[1].pattern, "*.zip");
+  EXPECT_EQ(r.options.include[1].analyzer, "zip");
+  EXPECT_EQ(r.options.exclude, s.options.exclude);
+  EXPECT_TRUE(r.options.chars.wordStart['_']);
+  EXPECT_FALSE(r.options.chars.wordRest['_']);
+}
+
+TEST_F(SettingsFile, PartialFileKeepsOtherDefaults) {
+  write(R"({"options": {"max_word_length": 30}})");
+  Settings s = loadSettings(path());
+  EXPECT_EQ(s.options.maxWordLength, 30);
+  EXPECT_EQ(s.options.minWordLength, 3);
+  EXPECT_EQ(s.options.include.size(), defaultIncludeRules().size());
+}
+
+TEST_F(SettingsFile, DamagedFileIsAnError) {
+  write("{ not json");
+  EXPECT_THROW(loadSettings(path()), HostError);
+  write(R"({"options": {"chars": {"word_start": "zz"}}})");
+  EXPECT_THROW(loadSettings(path()), HostError);
+}
+
+TEST(DefaultPatterns, ContainersComeBeforePlainText) {
+  std::vector<IncludeRule> rules = defaultIncludeRules();
+  size_t gz = rules.size(), readme = rules.size();
+  for (size_t i = 0; i < rules.size(); ++i) {
+    if (rules[i].pattern == "*.gz") gz = i;
+    if (rules[i].pattern == "*/README*") readme = i;
+  }
+  ASSERT_LT(gz, rules.size());
+  ASSERT_LT(readme, rules.size());
+  EXPECT_LT(gz, readme);
+  EXPECT_EQ(rules[gz].analyzer, "gzip");
+  EXPECT_EQ(rules[readme].analyzer, "generic");
+}
+
+TEST(DefaultPatterns, VersionControlIsExcluded) {
+  std::vector<std::string> ex = defaultExcludePatterns();
+  EXPECT_NE(std::find(ex.begin(), ex.end(), "*/.git"), ex.end());
+}
+
+}  // namespace
