@@ -5,7 +5,6 @@
 #include <csignal>
 #include <cstdlib>
 
-#include <unistd.h>
 
 #include "host_error.h"
 #include "kurvo.h"
@@ -37,19 +36,6 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   return haltRequested() ? 0 : 1;
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
-// A damaged storage file can still fault inside the library; the user gets
-// one line instead of a core dump. The stored index is never the one being
-// written, so nothing is lost. Sanitizer builds keep their own reports.
-void onFault(int) {
-  static const char message[] =
-      "kurvo: the index could not be read (damaged storage?); rebuild it with `kurvo index`\n";
-  ssize_t ignored = ::write(STDERR_FILENO, message, sizeof message - 1);
-  (void)ignored;
-  ::_exit(kExitError);
-}
-#endif
-
 void onInterrupt(int) {
   g_interrupted = 1;
   // A second Ctrl-C ends the process at once; the stored index is untouched
@@ -64,10 +50,6 @@ void installLibraryCallbacks() {
   kSetWarningCallBack(onWarning);
   kSetStatusCallBack(onStatus);
   std::signal(SIGINT, onInterrupt);
-#if !defined(__SANITIZE_ADDRESS__)
-  std::signal(SIGSEGV, onFault);
-  std::signal(SIGBUS, onFault);
-#endif
   if (const char *halt = std::getenv("KURVO_HALT_AFTER")) g_haltAfter = std::atol(halt);
 }
 
