@@ -15,6 +15,7 @@
 #include "analyzers/file_analyzer.h"
 #include "contents/file_contents.h"
 #include "index/kurvo_index.h"
+#include "scratch_folder.h"
 #include "storage/file_storage.h"
 
 namespace {
@@ -40,14 +41,7 @@ class PreparedText : public CFileAnalyzer {
 class ViewerSetup {
  public:
   ViewerSetup(int lines, int hitEvery) {
-    const char *base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/kurvo-bench-XXXXXX";
-    std::vector<char> buf(pattern.begin(), pattern.end());
-    buf.push_back('\0');
-    if (!mkdtemp(buf.data())) throw std::runtime_error("mkdtemp failed");
-    m_root = buf.data();
-    std::string storage = m_root + "/a/b/c/store/";
-    fs::create_directories(storage);
+    std::string storage = m_folder.storage();
     m_index = std::make_unique<CKurvoIndex>(true, storage);
     for (int c = 'a'; c <= 'z'; ++c) {
       m_index->setValidCharMask(c, true);
@@ -59,16 +53,11 @@ class ViewerSetup {
       text += " gamma delta epsilon zeta eta theta iota kappa\n";
     }
     m_index->analyzers["generic"] = new PreparedText(m_index.get(), text);
-    uint32_t folder = m_index->files->addFile((m_root + "/docs").c_str());
+    uint32_t folder = m_index->files->addFile((m_folder.path() + "/docs").c_str());
     m_file = m_index->files->addFile("f.txt");
     file_record::setParent(m_index->files->getData(m_file), folder);
-    fs::create_directories(m_root + "/docs");
-    std::ofstream(m_root + "/docs/f.txt") << "x";
-  }
-  ~ViewerSetup() {
-    m_index.reset();
-    std::error_code ec;
-    fs::remove_all(m_root, ec);
+    fs::create_directories(m_folder.path() + "/docs");
+    std::ofstream(m_folder.path() + "/docs/f.txt") << "x";
   }
 
   std::unique_ptr<CFileContents> open() const {
@@ -76,7 +65,7 @@ class ViewerSetup {
   }
 
  private:
-  std::string m_root;
+  ScratchFolder m_folder;  // outlives the index, which maps files in it
   std::unique_ptr<CKurvoIndex> m_index;
   uint32_t m_file = 0;
 };

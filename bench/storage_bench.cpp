@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "scratch_folder.h"
 #include "storage/file_storage.h"
 #include "storage/lower_case_table.h"
 #include "storage/text_storage.h"
@@ -19,27 +20,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// A scratch folder under $TMPDIR (or /tmp), removed with its files.
-class ScratchFolder {
- public:
-  ScratchFolder() {
-    const char *base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/kurvo-bench-XXXXXX";
-    std::vector<char> buf(pattern.begin(), pattern.end());
-    buf.push_back('\0');
-    if (!mkdtemp(buf.data())) throw std::runtime_error("mkdtemp failed");
-    m_path = buf.data();
-  }
-  ~ScratchFolder() {
-    std::error_code ec;
-    fs::remove_all(m_path, ec);
-  }
-  std::string file(const char *name) const { return m_path + "/" + name; }
-
- private:
-  std::string m_path;
-};
 
 // Words shaped roughly like real text: mixed length, some capitals.
 std::vector<std::string> makeWords(size_t count) {
