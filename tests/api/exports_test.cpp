@@ -75,20 +75,16 @@ TEST_F(ExportsTest, UnknownAnalyzerWarnsAndReturns) {
   EXPECT_EQ(object()->includeAnalyzers[1], object()->analyzerNamed("generic"));
 }
 
-TEST_F(ExportsTest, MarkingObsoleteLeavesAnEmptyNameAlone) {
+TEST_F(ExportsTest, RecordEdgeCases) {
   void *files = kidxGetFiles(index);
   void *empty = kfsGetInfo(files, kfsAddFile(files, ""));
-  kfiMarkFileObsolete(empty);
+  kfiMarkFileObsolete(empty);  // an empty name is left alone
   EXPECT_STREQ(kfiGetFileName(empty), "");
+  void *record = kfsGetInfo(files, kfsAddFile(files, "abc"));
+  kfiMarkFileObsolete(record);
+  EXPECT_STREQ(kfiGetFileName(record), "\xFF" "bc");
 
-  void *named = kfsGetInfo(files, kfsAddFile(files, "abc"));
-  kfiMarkFileObsolete(named);
-  EXPECT_EQ(static_cast<unsigned char>(kfiGetFileName(named)[0]), 0xFF);
-  EXPECT_STREQ(kfiGetFileName(named) + 1, "bc");
-}
-
-TEST_F(ExportsTest, TimesKeepWholeSeconds) {
-  void *record = kfsGetInfo(kidxGetFiles(index), addRecord("f", 36));
+  // Times keep whole seconds, before the 1970 epoch too.
   kfiSetFileTimeLastWritten(record, 2082844800.0 + 1234.75);
   EXPECT_EQ(kfiGetFileTimeLastWritten(record), 2082844800.0 + 1234.0);
   kfiSetFileTimeLastWritten(record, 2082844800.0 - 10.5);
@@ -133,6 +129,9 @@ TEST_F(ExportsTest, ViewerErrors) {
   ASSERT_NE(kfcContents(viewer), nullptr);
   EXPECT_STREQ(kfcContents(viewer), "");
   EXPECT_EQ(kfcSearchBuffer(viewer, 0, "*"), 0u);
+  EXPECT_FALSE(kfcContainsHit(viewer, "*"));
+  kfcConvertToOutline(viewer, "*");
+  EXPECT_STREQ(kfcContents(viewer), "");
   EXPECT_TRUE(throwsKurvo([&] { kfcNext(viewer); }));
   EXPECT_EQ(messages.lastError()->key, "EndOfContents");
   kfcDeleteContentsObject(viewer);

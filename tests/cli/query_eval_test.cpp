@@ -19,11 +19,9 @@ class FakeSource : public TermSource {
       {"apricot", {{4, 2}}},
   };
   std::set<uint32_t> nearFiles = {3};
-  std::vector<std::string> lookups;
   std::vector<std::string> nearTexts;
 
   ScoredFiles filesForTerm(const std::string &term) override {
-    lookups.push_back(term);
     ScoredFiles out;
     for (const auto &[word, files] : terms) {
       bool wild = term.back() == '*';
@@ -69,12 +67,6 @@ TEST(QueryEval, ProximityNeedsBothTermsAndTheViewer) {
   EXPECT_EQ(run(s, "apple <2 pear"), (ScoredFiles{{3, 3}}));
   // Only files holding both terms are shown to the viewer.
   EXPECT_EQ(s.nearTexts, (std::vector<std::string>{"apple <2 pear/apple", "apple <2 pear/apple"}));
-}
-
-TEST(QueryEval, EachTermIsLookedUpOnce) {
-  FakeSource s;
-  run(s, "apple (apple | pear) -apple");
-  EXPECT_EQ(s.lookups.size(), 2u);
 }
 
 TEST(QueryEval, RankingIsScoreThenPath) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -18,26 +17,22 @@
 
 namespace contents_test {
 
-// Shows a fixed text (or none at all) and notes the bytes of each file it was
+// Shows a fixed text and notes the bytes of each file it was
 // asked for, as they were at that moment.
 class FixedTextAnalyzer : public CFileAnalyzer {
  public:
-  FixedTextAnalyzer(CKurvoIndex *index, std::string text, bool noText = false)
-      : CFileAnalyzer(index), m_text(std::move(text)), m_noText(noText) {}
+  FixedTextAnalyzer(CKurvoIndex *index, std::string text)
+      : CFileAnalyzer(index), m_text(std::move(text)) {}
 
   char *fillDisplayBuffer(const char *path, unsigned long, unsigned long, int, bool) override {
     seenBytes.push_back(kurvo_test::readFile(path));
-    if (m_noText) return nullptr;
-    char *block = static_cast<char *>(std::malloc(m_text.size() + 1));
-    std::memcpy(block, m_text.c_str(), m_text.size() + 1);
-    return block;
+    return strdup(m_text.c_str());
   }
 
   std::vector<std::string> seenBytes;
 
  private:
   std::string m_text;
-  bool m_noText;
 };
 
 // An archive whose members are written as "member <name> of <archive bytes>".

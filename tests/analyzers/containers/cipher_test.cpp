@@ -33,18 +33,13 @@ std::string hexOf(const Bytes &b) {
 }
 
 TEST(Arcfour, PublishedVectors) {
-  struct Case {
-    std::string key, plain, hex;
-  } cases[] = {
-      {"Key", "Plaintext", "BBF316E8D940AF0AD3"},
-      {"Secret", "Attack at dawn", "45A01F645FC35B383552544B9BF5"},
-  };
+  const std::string cases[][3] = {{"Key", "Plaintext", "BBF316E8D940AF0AD3"},
+                                  {"Secret", "Attack at dawn", "45A01F645FC35B383552544B9BF5"}};
   for (const auto &c : cases) {
-    Bytes out(c.plain.size());
-    arcfourCrypt(static_cast<unsigned int>(c.plain.size()), bytesOf(c.plain).data(),
-                 static_cast<unsigned int>(c.key.size()), bytesOf(c.key).data(), out.data());
-    std::string hex = hexOf(out);
-    EXPECT_EQ(hex.substr(0, hex.size() - 1), c.hex) << c.key;
+    Bytes key = bytesOf(c[0]), plain = bytesOf(c[1]), out(plain.size());
+    arcfourCrypt(static_cast<unsigned int>(plain.size()), plain.data(),
+                 static_cast<unsigned int>(key.size()), key.data(), out.data());
+    EXPECT_EQ(hexOf(out), c[2] + '\0') << c[0];
   }
 }
 
@@ -98,20 +93,15 @@ TEST(Hex, FromHexAcceptsEitherCase) {
 }
 
 TEST(Hex, NonDigitsAreNotRejected) {
-  struct Case {
-    char high, low;
-    unsigned char expected;
-  } cases[] = {
-      {'0', 'g', 16},                                      // 'g' counts on from 'f'
-      {'g', '0', static_cast<unsigned char>(16 * 16)},     // cut to 8 bits: 0
-      {'1', 'G', 0x20},                                    // low digit lower-cased first
-      {'0', '.', static_cast<unsigned char>('.' - 'a' + 10)},  // negative nibble wraps
-  };
-  for (const auto &c : cases) {
-    unsigned char out = 0;
-    fromhex(c.high, c.low, &out);
-    EXPECT_EQ(out, c.expected) << c.high << c.low;
-  }
+  unsigned char out = 0;
+  fromhex('0', 'g', &out);  // 'g' counts on from 'f'
+  EXPECT_EQ(out, 16);
+  fromhex('g', '0', &out);  // 16 * 16 cut to 8 bits
+  EXPECT_EQ(out, 0);
+  fromhex('1', 'G', &out);  // the low digit is lower-cased first
+  EXPECT_EQ(out, 0x20);
+  fromhex('0', '.', &out);  // a negative nibble wraps
+  EXPECT_EQ(out, static_cast<unsigned char>('.' - 'a' + 10));
 }
 
 }  // namespace
