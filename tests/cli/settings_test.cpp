@@ -1,6 +1,7 @@
 // The settings file: defaults, round trips, partial files and damaged ones.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -75,16 +76,13 @@ TEST_F(SettingsFile, DamagedFileIsAnError) {
 
 TEST(DefaultPatterns, ContainersComeBeforePlainText) {
   std::vector<IncludeRule> rules = defaultIncludeRules();
-  size_t gz = rules.size(), readme = rules.size();
-  for (size_t i = 0; i < rules.size(); ++i) {
-    if (rules[i].pattern == "*.gz") gz = i;
-    if (rules[i].pattern == "*/README*") readme = i;
-  }
-  ASSERT_LT(gz, rules.size());
-  ASSERT_LT(readme, rules.size());
-  EXPECT_LT(gz, readme);
-  EXPECT_EQ(rules[gz].analyzer, "gzip");
-  EXPECT_EQ(rules[readme].analyzer, "generic");
+  auto find = [&](const char *pattern) {
+    return std::find_if(rules.begin(), rules.end(), [&](const IncludeRule &r) { return r.pattern == pattern; });
+  };
+  auto gz = find("*.gz"), readme = find("*/README*");
+  ASSERT_TRUE(gz < readme && readme != rules.end());
+  EXPECT_EQ(gz->analyzer, "gzip");
+  EXPECT_EQ(readme->analyzer, "generic");
 }
 
 }  // namespace
