@@ -93,19 +93,6 @@ TEST_F(ExportsTest, RecordEdgeCases) {
   EXPECT_EQ(object()->TimeBase, 1);
 }
 
-TEST_F(ExportsTest, FileCursorWidensTheRank) {
-  kidxSetUseRanking(index, 1);
-  kidxEmptyIndex(index);
-  kidxNewFileLinks(index);
-  CFileLinks *links = object()->links;
-  uint32_t at = links->getSpace(10);
-  links->addFile(at, 36, 200);
-  unsigned int cursor[2] = {at, 99};
-  EXPECT_EQ(kflGetFile(links, cursor), 36u);
-  EXPECT_EQ(cursor[0], at + 5);
-  EXPECT_EQ(cursor[1], 200u);
-}
-
 // An analyzer with nothing to show, so that the viewer holds no text at all.
 class NothingToShow : public CFileAnalyzer {
  public:

@@ -14,8 +14,6 @@ TEST_F(ContentsTest, RecordsWithoutContents) {
   EXPECT_TRUE(throwsKurvo([&] { open(addFile("note.txt")); }));  // no analyzer at all
   EXPECT_EQ(messages.lastError()->key, "AssertionFailed");
   showText("x\n");
-  EXPECT_TRUE(throwsKurvo([&] { open(1000000u); }));
-  EXPECT_EQ(messages.lastError()->key, "AssertionFailed");
   EXPECT_TRUE(throwsKurvo([&] { open(folder); }));
   EXPECT_EQ(messages.lastError()->key, "NoFileContentsForDir");
 }
