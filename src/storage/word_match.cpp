@@ -36,8 +36,10 @@ int matchFrom(const unsigned char *word, const unsigned char *pattern, Wildcards
 
 int CKurvoIndex::doesWordMatch(const char *word, const char *pattern) const {
   // '*' and '?' are ordinary word bytes when the masks let them into words.
-  const Wildcards wild{!validCharMask['*'] && !validTrailingMask['*'],
-                       !validCharMask['?'] && !validTrailingMask['?']};
+  constexpr int star = '*';
+  constexpr int question = '?';
+  const Wildcards wild{!validCharMask[star] && !validTrailingMask[star],
+                       !validCharMask[question] && !validTrailingMask[question]};
   return matchFrom(reinterpret_cast<const unsigned char *>(word),
                    reinterpret_cast<const unsigned char *>(pattern), wild);
 }
