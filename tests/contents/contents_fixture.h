@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -18,28 +17,22 @@
 
 namespace contents_test {
 
-// Shows a fixed text (or none at all) and notes the paths it was asked for,
-// with the file's bytes as they were at that moment.
+// Shows a fixed text and notes the bytes of each file it was
+// asked for, as they were at that moment.
 class FixedTextAnalyzer : public CFileAnalyzer {
  public:
-  FixedTextAnalyzer(CKurvoIndex *index, std::string text, bool noText = false)
-      : CFileAnalyzer(index), m_text(std::move(text)), m_noText(noText) {}
+  FixedTextAnalyzer(CKurvoIndex *index, std::string text)
+      : CFileAnalyzer(index), m_text(std::move(text)) {}
 
   char *fillDisplayBuffer(const char *path, unsigned long, unsigned long, int, bool) override {
-    paths.push_back(path);
     seenBytes.push_back(kurvo_test::readFile(path));
-    if (m_noText) return nullptr;
-    char *block = static_cast<char *>(std::malloc(m_text.size() + 1));
-    std::memcpy(block, m_text.c_str(), m_text.size() + 1);
-    return block;
+    return strdup(m_text.c_str());
   }
 
-  std::vector<std::string> paths;
   std::vector<std::string> seenBytes;
 
  private:
   std::string m_text;
-  bool m_noText;
 };
 
 // An archive whose members are written as "member <name> of <archive bytes>".
@@ -50,8 +43,7 @@ class FakeArchiveAnalyzer : public CFileAnalyzer {
 
   bool extractToTempFile(const char *archivePath, const char *memberName, const char *tempPath,
                          unsigned long memberNumber) override {
-    calls.push_back({archivePath, memberName, tempPath, memberNumber,
-                     std::ifstream(archivePath).good()});
+    calls.push_back({archivePath, tempPath, memberNumber, std::ifstream(archivePath).good()});
     if (m_fail) return false;
     kurvo_test::writeFile(tempPath, std::string("member ") + memberName + " of " +
                                         kurvo_test::readFile(archivePath));
@@ -59,7 +51,7 @@ class FakeArchiveAnalyzer : public CFileAnalyzer {
   }
 
   struct Call {
-    std::string archivePath, memberName, tempPath;
+    std::string archivePath, tempPath;
     unsigned long memberNumber;
     bool archiveExisted;
   };
@@ -86,8 +78,7 @@ class ContentsTest : public ::testing::Test {
     folder = addRecord(folderPath, 0);
   }
 
-  // Installs an analyzer under name, replacing (and deleting) an earlier one;
-  // the index owns and deletes it.
+  // The index owns the analyzer and deletes the one it replaces.
   template <typename A>
   A *install(const std::string &name, A *analyzer) {
     CFileAnalyzer *&slot = index->analyzers[name];
@@ -112,9 +103,8 @@ class ContentsTest : public ::testing::Test {
     return addRecord(name, folder);
   }
 
-  std::unique_ptr<CFileContents> open(uint32_t fileNumber, int defaultDistance = 5) {
-    return std::make_unique<CFileContents>(index.get(), fileNumber, 100000, 0, false,
-                                           defaultDistance);
+  std::unique_ptr<CFileContents> open(uint32_t fileNumber, int distance = 5) {
+    return std::make_unique<CFileContents>(index.get(), fileNumber, 100000, 0, false, distance);
   }
 
   kurvo_test::TempDir dir;
