@@ -187,6 +187,19 @@ void finishRun(IndexSession &session, Progress &progress) {
   step([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
 }
 
+// Swaps the stored run in for the previous index and records it in the settings.
+int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
+                const RunSummary &summary, int64_t startedAt, const GlobalOptions &global) {
+  swap.commit();
+  // A second early, so a file changed while this run read it is read again.
+  settings.timeBase = startedAt - 1;
+  settings.finishedAt = unixNow();
+  settings.lastRun = summary;
+  saveSettings(loc.settingsPath, settings);
+  printSummary(summary, global);
+  return kExitFound;
+}
+
 int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
               const std::vector<std::string> &folders) {
   prepareHome(loc);
@@ -208,15 +221,8 @@ int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings se
     finishRun(session, progress);
     summary = readCounters(index, "index", start);
   }
-  swap.commit();
   settings.folders = folders;
-  // A second early, so a file changed while this run read it is read again.
-  settings.timeBase = startedAt - 1;
-  settings.finishedAt = unixNow();
-  settings.lastRun = summary;
-  saveSettings(loc.settingsPath, settings);
-  printSummary(summary, global);
-  return kExitFound;
+  return completeRun(swap, loc, settings, summary, startedAt, global);
 }
 
 // Reads every record once: a damaged file table is refused here, before
@@ -251,14 +257,8 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     finishRun(session, progress);
     summary = readCounters(index, "update", start);
   }
-  swap.commit();
   for (const std::string &folder : added) settings.folders.push_back(folder);
-  settings.timeBase = startedAt - 1;
-  settings.finishedAt = unixNow();
-  settings.lastRun = summary;
-  saveSettings(loc.settingsPath, settings);
-  printSummary(summary, global);
-  return kExitFound;
+  return completeRun(swap, loc, settings, summary, startedAt, global);
 }
 
 // Folders to add that the index does not cover yet.
