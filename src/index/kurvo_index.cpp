@@ -1,10 +1,8 @@
 // CKurvoIndex: construction, clearing, settings and progress reporting.
 #include "index/kurvo_index.h"
 
-#include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 
 #include "api/message_keys.h"
 #include "api/reporting.h"
@@ -114,14 +112,7 @@ void CKurvoIndex::freeMemFiles() {
   links = nullptr;
 }
 
-void CKurvoIndex::setTimeBase(double macTime) {
-  double seconds = std::trunc(macTime - static_cast<double>(kMacToUnixSeconds));
-  // Out-of-range times saturate instead of overflowing the conversion.
-  if (std::isnan(seconds)) seconds = 0.0;
-  if (seconds > std::numeric_limits<int32_t>::max()) seconds = std::numeric_limits<int32_t>::max();
-  if (seconds < std::numeric_limits<int32_t>::min()) seconds = std::numeric_limits<int32_t>::min();
-  TimeBase = static_cast<int32_t>(seconds);
-}
+void CKurvoIndex::setTimeBase(double macTime) { TimeBase = unixFromMacTime(macTime); }
 
 std::string CKurvoIndex::configurationFolder() const {
   std::string::size_type cut = fourthSlashFromEnd(storagePath);

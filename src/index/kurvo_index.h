@@ -13,9 +13,6 @@
 
 class CFileAnalyzer;
 
-// Seconds from 1904-01-01 to 1970-01-01, for times crossing the host interface.
-constexpr int32_t kMacToUnixSeconds = 2082844800;
-
 class CKurvoIndex {
  public:
   // Builds new empty tables in storagePath (create) or reopens the ones stored

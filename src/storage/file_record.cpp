@@ -4,6 +4,15 @@
 #include "storage/byte_io.h"
 #include "storage/file_storage.h"
 
+int32_t unixFromMacTime(double macTime) {
+  // Converting a double outside the int32 range is undefined; such times
+  // cannot come from a real file.
+  double seconds = std::trunc(macTime - kMacEpochOffset);
+  if (!(seconds >= INT32_MIN)) seconds = INT32_MIN;  // NaN too
+  if (seconds > INT32_MAX) seconds = INT32_MAX;
+  return static_cast<int32_t>(seconds);
+}
+
 namespace file_record {
 
 uint32_t parent(const char *record) { return load32(record + kParent); }
@@ -19,14 +28,7 @@ void setAttributes(char *record, uint32_t value) { store32(record + kAttributes,
 
 double macTime(const char *record) { return static_cast<double>(time(record)) + kMacEpochOffset; }
 
-void setMacTime(char *record, double macTime) {
-  // Converting a double outside the int32 range is undefined; such times
-  // cannot come from a real file, so they are pinned to the range's ends.
-  double seconds = std::trunc(macTime - kMacEpochOffset);
-  if (!(seconds >= INT32_MIN)) seconds = INT32_MIN;
-  if (seconds > INT32_MAX) seconds = INT32_MAX;
-  setTime(record, static_cast<int32_t>(seconds));
-}
+void setMacTime(char *record, double macTime) { setTime(record, unixFromMacTime(macTime)); }
 
 void markObsolete(char *record) {
   if (record[kName] != '\0') record[kName] = static_cast<char>(0xFF);

@@ -9,6 +9,9 @@
 constexpr uint32_t kFileStorageMagic = 12370001;
 // Seconds from 1904-01-01 (the host's epoch) to 1970-01-01.
 constexpr double kMacEpochOffset = 2082844800.0;
+// A host time (seconds since 1904) as stored seconds since 1970, truncated
+// toward zero; times outside the 32-bit range are pinned to its ends.
+int32_t unixFromMacTime(double macTime);
 
 // Record layout: u32 next-in-bucket, then the 16-byte data area (u32 parent,
 // i32 time last written, u32 size, u32 attributes), then the name with its
