@@ -4,7 +4,6 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 scripts/build.sh
-echo "kurvo library built: build/lib/libkurvo.so"
 
 # A named index of its own, so the user's default index is left alone.
 # Slim container images drop /usr/share/doc; /usr/share is there regardless.
