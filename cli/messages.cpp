@@ -19,6 +19,8 @@ const std::map<std::string, Sentence> &sentences() {
       {"AnalyzerNotFound", {"there is no analyzer named \"%s\" in this build", "there is no such analyzer in this build"}},
       {"StorageReadError", {"the index storage at %s cannot be read or written (missing or damaged index?)",
                             "the index storage cannot be read or written"}},
+      {"StorageByteOrder", {"the index at %s was written on a machine of the other byte order; rebuild it here with `kurvo index`",
+                            "the index was written on a machine of the other byte order; rebuild it here with `kurvo index`"}},
       {"HaltRequested", {"stopped on request", "stopped on request"}},
       {"PruneParentError", {"the index is damaged: a record's folder is missing; rebuild it with `kurvo index`",
                             "the index is damaged: a record's folder is missing; rebuild it with `kurvo index`"}},

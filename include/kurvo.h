@@ -74,7 +74,9 @@ KURVO_API int kRawStdoutWrite(const char *text);
  * four '/' so that the folder three levels up, which holds "skipfile.txt" and
  * "externanalyzers.txt", is defined). create != 0 builds new empty tables;
  * create == 0 reopens the index stored there by kidxStoreStorage.
- * CAUGHT: NULL on error ("StorageReadError" when there is no "hash"). */
+ * CAUGHT: NULL on error ("StorageReadError" when there is no "hash";
+ * "StorageByteOrder", a key beyond the classic set, when the index was stored
+ * on a machine of the other byte order: storage files hold host-order words). */
 KURVO_API void *kCreateNewIndex(int create, const char *storagePath);
 
 /* 1 when name matches pattern: case-insensitive terms with '*' and '?',

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs every build and test dependency from Debian packages when missing.
+# --cross adds the cross compilers and qemu that scripts/cross-test.sh uses.
 set -euo pipefail
 
 packages=(
@@ -9,6 +10,9 @@ packages=(
   libcli11-dev nlohmann-json3-dev
   zip tar gzip
 )
+if [ "${1:-}" = "--cross" ]; then
+  packages+=(g++-s390x-linux-gnu g++-i686-linux-gnu qemu-user-static binfmt-support)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -3,7 +3,7 @@
 # --sanitize builds into build-asan/ with AddressSanitizer and UBSan instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+[ -n "${KURVO_SETUP_DONE:-}" ] || scripts/setup.sh
 
 build_dir="${BUILD_DIR:-build}"
 cmake_args=()

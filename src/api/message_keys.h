@@ -6,6 +6,8 @@ namespace kurvo_keys {
 // Errors and warnings (the kind is given after each key).
 inline constexpr const char kAnalyzerNotFound[] = "AnalyzerNotFound";            // warning
 inline constexpr const char kStorageReadError[] = "StorageReadError";
+// Beyond the classic keys: an index stored on a machine of the other byte order.
+inline constexpr const char kStorageByteOrder[] = "StorageByteOrder";
 inline constexpr const char kHaltRequested[] = "HaltRequested";
 inline constexpr const char kPruneParentError[] = "PruneParentError";
 inline constexpr const char kSkipOpenFail[] = "SkipOpenFail";

@@ -6,6 +6,7 @@
 
 #include "api/message_keys.h"
 #include "api/reporting.h"
+#include "storage/byte_io.h"
 #include "storage/lower_case_table.h"
 
 namespace {
@@ -20,6 +21,17 @@ std::string::size_type fourthSlashFromEnd(const std::string &path) {
     if (hit == std::string::npos) return std::string::npos;
   }
   return hit;
+}
+
+// The summary file starts with the file table's magic. Reversed, it tells an
+// index stored on a machine of the other byte order, whose every stored word
+// would read wrong here: name that cause rather than a damaged index.
+void refuseOtherByteOrder(FILE *hash, const std::string &storagePath) {
+  unsigned char first[4];
+  const bool swapped = std::fread(first, 1, sizeof first, hash) == sizeof first &&
+                       load32(first) == swapBytes32(kFileStorageMagic);
+  std::rewind(hash);
+  if (swapped) throwKurvoError(kurvo_keys::kStorageByteOrder, storagePath);
 }
 
 }  // namespace
@@ -67,6 +79,7 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
     FILE *hash = std::fopen((storagePath + "hash").c_str(), "rb");
     if (!hash) throwKurvoError(kurvo_keys::kStorageReadError, storagePath);
     try {
+      refuseOtherByteOrder(hash, storagePath);
       files = new CFileStorage(filesName, hash);
       words = new CTextStorage(wordsName, hash);
       skipWords = new CTextStorage(skippedName, hash);

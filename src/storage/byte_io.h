@@ -30,3 +30,8 @@ inline uint16_t load16(const void *p) {
 }
 
 inline void store16(void *p, uint16_t v) { std::memcpy(p, &v, sizeof v); }
+
+// A word as a machine of the other byte order holds it.
+inline uint32_t swapBytes32(uint32_t v) {
+  return (v >> 24) | ((v >> 8) & 0xFF00u) | ((v << 8) & 0xFF0000u) | (v << 24);
+}

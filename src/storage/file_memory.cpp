@@ -19,7 +19,7 @@ constexpr uint32_t kHeaderSize = 16;
 
 std::string decimal(uint64_t value) {
   char text[32];
-  std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
+  std::snprintf(text, sizeof text, "%llu", static_cast<unsigned long long>(value));
   return text;
 }
 

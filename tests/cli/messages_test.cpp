@@ -17,7 +17,7 @@ TEST_P(EveryKey, HasItsOwnSentence) {
 
 INSTANTIATE_TEST_SUITE_P(
     Messages, EveryKey,
-    ::testing::Values(k::kAnalyzerNotFound, k::kStorageReadError, k::kHaltRequested, k::kPruneParentError,
+    ::testing::Values(k::kAnalyzerNotFound, k::kStorageReadError, k::kStorageByteOrder, k::kHaltRequested, k::kPruneParentError,
                       k::kSkipOpenFail, k::kExternalAnalyzersFileTooBig, k::kAssertionFailed, k::kEndOfContents,
                       k::kNoFileContentsForDir, k::kArchivesNestedTooDeep, k::kArchiveExtractError,
                       k::kCannotOpenContentsFile, k::kNoMemory, k::kUnmapFail, k::kFileMapWriteFail,

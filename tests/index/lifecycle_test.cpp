@@ -1,6 +1,8 @@
 // An index's life in its storage folder: emptying, storing, reopening, skip file.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "index_setup.h"
 
 using namespace kurvo_test;
@@ -40,6 +42,20 @@ TEST(Lifecycle, StoringTwiceWritesTheSameSummaryAndAMissingFolderFails) {
   ASSERT_NE(messages.lastError(), nullptr);
   EXPECT_EQ(messages.lastError()->key, "StorageReadError");
   EXPECT_EQ(messages.lastError()->argument, missing);
+}
+
+TEST(Lifecycle, AnIndexStoredOnTheOtherByteOrderIsRefusedAsSuch) {
+  TempDir tmp;
+  CapturedMessages messages;
+  startFullBuild(tmp)->storeStorage(tmp.path());
+  // Every word of the summary file as the other byte order writes it.
+  std::string hash = tmp.read("hash");
+  for (size_t i = 0; i + 4 <= hash.size(); i += 4) std::reverse(hash.begin() + i, hash.begin() + i + 4);
+  tmp.write("hash", hash);
+  EXPECT_TRUE(throwsKurvo([&] { CKurvoIndex(false, tmp.path()); }));
+  ASSERT_NE(messages.lastError(), nullptr);
+  EXPECT_EQ(messages.lastError()->key, "StorageByteOrder");
+  EXPECT_EQ(messages.lastError()->argument, tmp.path());
 }
 
 TEST(Lifecycle, OpeningWithoutSummaryAndLoadingAMissingSkipFileFail) {
