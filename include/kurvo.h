@@ -110,9 +110,21 @@ KURVO_API void convertFromHex(const char *input, unsigned int length, unsigned c
  * must not be NULL. */
 KURVO_API void kidxClearIndex(void *index);
 
-/* Build the analyzer registry: the built-in analyzers, then the external ones
- * read from "externanalyzers.txt". Call before setting include patterns.
- * THROWS "externalAnalyzersFileTooBig". */
+/* Build the analyzer registry: the built-in analyzers ("generic", "macroman",
+ * "dosoem", "html", "rtf"), then one external analyzer per entry of
+ * "externanalyzers.txt" in the folder three levels above the storage folder's
+ * own name. An entry is three non-empty lines: the analyzer's name, the
+ * extension of the converted file (without its dot, or "..." for the source's
+ * inner extension) and a shell command holding %i (the file) and %o (the
+ * converted file in the temporary folder) once each; '#' starts a comment, a
+ * missing file means no external analyzers. An entry with the name of an
+ * earlier one replaces it. Beyond the classic behaviour, the paths are passed
+ * to the shell quoted (quotes around a placeholder in the command are
+ * dropped), and an entry whose command lacks %i or %o, or repeats one, is left
+ * out with the status "ExternalAnalyzerRejected" (argument: its name). Call
+ * before setting include patterns.
+ * THROWS "externalAnalyzersFileTooBig" (the list has 65,535 bytes or more;
+ * the built-ins are in place). */
 KURVO_API void kidxCreateAnalyzers(void *index);
 
 /* Free all include (exclude) patterns and make room for count new ones, all
@@ -217,6 +229,13 @@ KURVO_API void kidxSetUseRanking(void *index, int value);
 KURVO_API void kidxSetSavePassword(void *index, int value);
 KURVO_API void kidxSetShowStatus(void *index, int value);
 KURVO_API void kidxSetIsUpdate(void *index, int value);
+
+/* Bounds on one run of an external converter, beyond the classic settings and
+ * always in force: a converter running longer than seconds (default 120) is
+ * killed with its process group and its file is skipped; no file it writes may
+ * grow past bytes (default 256 MiB; it is stopped there). 0 removes a bound. */
+KURVO_API void kidxSetConverterTimeLimit(void *index, int seconds);
+KURVO_API void kidxSetConverterOutputLimit(void *index, double bytes);
 
 /* The time of the last completed run (seconds since 1904); pruning re-reads
  * what changed after it. Stored truncated to whole seconds since 1970. */

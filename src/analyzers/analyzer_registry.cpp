@@ -1,13 +1,20 @@
 // CKurvoIndex analyzer registry: one analyzer object of each kind, by name.
+#include "analyzers/charset_analyzers.h"
 #include "analyzers/file_analyzer.h"
+#include "analyzers/html_analyzer.h"
+#include "analyzers/rtf_analyzer.h"
 #include "index/kurvo_index.h"
 
 void CKurvoIndex::createAnalyzers() {
   clearAnalyzers();
   // Built-in analyzers.
   analyzers["generic"] = new CFileAnalyzer(this);
-  // External converters from "externanalyzers.txt" are registered here,
-  // after the built-ins, so that one of them can take a built-in's name.
+  analyzers["macroman"] = new CMacRomanAnalyzer(this);
+  analyzers["dosoem"] = new CDosOemAnalyzer(this);
+  analyzers["html"] = new CHtmlAnalyzer(this);
+  analyzers["rtf"] = new CRtfAnalyzer(this);
+  // After the built-ins, so that a converter can take a built-in's name.
+  readExternalAnalyzers();
 }
 
 void CKurvoIndex::clearAnalyzers() {

@@ -37,5 +37,8 @@ inline constexpr const char kCountingCompress[] = "CountingCompress";
 inline constexpr const char kCompLinksFmt[] = "CompLinksFmt";
 inline constexpr const char kDone[] = "Done";
 inline constexpr const char kUpdatingStatus[] = "UpdatingStatus";
+// Beyond the classic keys: an entry of "externanalyzers.txt" left out because
+// its command lacks %i or %o (argument: the entry's name).
+inline constexpr const char kExternalAnalyzerRejected[] = "ExternalAnalyzerRejected";
 
 }  // namespace kurvo_keys

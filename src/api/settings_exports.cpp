@@ -38,6 +38,16 @@ KURVO_API void kidxSetMaxWordLength(void *index, int value) {
 KURVO_API void kidxSetMaxPerFileRead(void *index, int value) {
   asIndex(index)->MaxPerFileRead = value;
 }
+
+KURVO_API void kidxSetConverterTimeLimit(void *index, int seconds) {
+  asIndex(index)->ConverterTimeLimit = seconds > 0 ? seconds : 0;
+}
+
+KURVO_API void kidxSetConverterOutputLimit(void *index, double bytes) {
+  // Above 2^62 bytes is no bound at all; the cast beyond 2^64 would be undefined.
+  const double largest = 4611686018427387904.0;
+  asIndex(index)->ConverterOutputLimit = bytes > 0 && bytes < largest ? static_cast<uint64_t>(bytes) : 0;
+}
 KURVO_API void kidxSetNumberHandling(void *index, int value) {
   asIndex(index)->NumberHandling = value;
 }

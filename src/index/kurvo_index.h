@@ -50,6 +50,8 @@ class CKurvoIndex {
 
   // Analyzer registry.
   void createAnalyzers();
+  // Adds one external analyzer per entry of "externanalyzers.txt".
+  void readExternalAnalyzers();
   void clearAnalyzers();
   CFileAnalyzer *analyzerNamed(const std::string &name) const;
 
@@ -119,6 +121,11 @@ class CKurvoIndex {
   CFileAnalyzer **includeAnalyzers = nullptr;
   int32_t SavePassword = 0;
   int32_t NumberHandling = 0;
+  // Bounds on one run of an external converter, beyond the classic
+  // settings: seconds before it is stopped, and bytes any file it writes may
+  // reach (0: no bound).
+  int32_t ConverterTimeLimit = 120;
+  uint64_t ConverterOutputLimit = 256ull << 20;
   int32_t validCharMask[256];
   int32_t validTrailingMask[256];
   int32_t validViewableMask[256];
