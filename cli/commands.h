@@ -25,6 +25,8 @@ struct IndexCommandOptions {
   int ranking = -1;   // -1: keep, 0 off, 1 on
   int trackAll = -1;
   std::string tempDir;
+  int converterTimeout = -1;         // seconds; -1: keep
+  double converterMaxOutput = -1;    // bytes; -1: keep
   std::vector<std::string> include;  // PATTERN or PATTERN=ANALYZER
   std::vector<std::string> exclude;
   bool defaultPatterns = false;      // forget custom patterns
@@ -53,5 +55,6 @@ int runStats(const GlobalOptions &global, bool json);
 
 // The query language explained, for `kurvo help search`.
 const char *queryLanguageHelp();
+const char *convertersHelp();
 
 }  // namespace kurvo_cli

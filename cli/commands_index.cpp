@@ -17,6 +17,7 @@
 #include "index_session.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
+#include "messages.h"
 #include "output.h"
 #include "progress.h"
 #include "store_swap.h"
@@ -77,6 +78,8 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   if (c.ranking >= 0) o.ranking = c.ranking == 1;
   if (c.trackAll >= 0) o.trackAll = c.trackAll == 1;
   if (!c.tempDir.empty()) o.tempDir = c.tempDir;
+  if (c.converterTimeout >= 0) o.converterTimeout = c.converterTimeout;
+  if (c.converterMaxOutput >= 0) o.converterMaxOutput = c.converterMaxOutput;
   if (c.defaultPatterns) {
     o.include = defaultIncludeRules();
     o.exclude = defaultExcludePatterns();
@@ -101,8 +104,13 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   if (o.maxFileRead < 1024) throw HostError("--max-file-read must be at least 1024 bytes");
 }
 
-// Said once per full build; updates only say it with --verbose.
+// Said once per full build; updates only say it with --verbose. Converters
+// left out of externanalyzers.txt are named on every run.
 void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global, bool fullBuild) {
+  if (!global.quiet) {
+    for (const LibraryMessage &notice : libraryNotices())
+      std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
+  }
   if (missing.empty() || global.quiet || (!fullBuild && !global.verbose)) return;
   if (global.verbose) {
     for (const IncludeRule &rule : missing) {

@@ -2,6 +2,8 @@
 // from the settings (word lengths, character classes, analyzers, patterns).
 #include "index_session.h"
 
+#include <filesystem>
+
 #include "host_error.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
@@ -48,11 +50,16 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetShowStatus(index, showStatus ? 1 : 0);
   kidxSetIsUpdate(index, 0);
   setMasks(index, options.chars);
-  std::string temp = temporaryFolder(options);
+  std::string temp = temporaryFolder(options, m_storeDir);
+  std::error_code ignored;
+  std::filesystem::create_directories(temp, ignored);
   kidxSetTemporaryDirectory(index, temp.c_str());
+  kidxSetConverterTimeLimit(index, options.converterTimeout);
+  kidxSetConverterOutputLimit(index, options.converterMaxOutput);
   kidxSetSkipFilePath(index, skipFile.c_str());
 
   clearLibraryMessages();
+  clearLibraryNotices();
   callLibrary([&] { kidxCreateAnalyzers(index); });
 
   std::vector<IncludeRule> missing;

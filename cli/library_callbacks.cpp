@@ -16,6 +16,7 @@ namespace {
 
 std::vector<LibraryMessage> g_errors;
 std::vector<LibraryMessage> g_warnings;
+std::vector<LibraryMessage> g_notices;
 StatusListener g_listener;
 volatile std::sig_atomic_t g_interrupted = 0;
 // Test hook: KURVO_HALT_AFTER=N answers "stop" from the N-th library status on.
@@ -32,6 +33,11 @@ void onWarning(const char *key, const char *argument) {
 
 int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (fromLibrary) ++g_statusCount;
+  // A status that the user must see whether or not progress is shown.
+  if (key && std::string(key) == "ExternalAnalyzerRejected") {
+    g_notices.push_back({key, argument ? argument : ""});
+    return 1;
+  }
   if (g_listener) g_listener(key ? key : "", argument ? argument : "");
   return haltRequested() ? 0 : 1;
 }
@@ -59,6 +65,10 @@ void clearLibraryMessages() {
 }
 
 const std::vector<LibraryMessage> &libraryWarnings() { return g_warnings; }
+
+void clearLibraryNotices() { g_notices.clear(); }
+
+const std::vector<LibraryMessage> &libraryNotices() { return g_notices; }
 
 void throwIfLibraryFailed() {
   if (g_errors.empty()) return;

@@ -22,6 +22,10 @@ void installLibraryCallbacks();
 void clearLibraryMessages();
 const std::vector<LibraryMessage> &libraryWarnings();
 
+// Statuses the user must see even without progress ("ExternalAnalyzerRejected").
+void clearLibraryNotices();
+const std::vector<LibraryMessage> &libraryNotices();
+
 // Throws HostError for the first recorded error, if any (status 130 when it
 // was a halt).
 void throwIfLibraryFailed();

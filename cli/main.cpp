@@ -69,7 +69,14 @@ int main(int argc, char **argv) {
       ->type_name("PATTERN");
   index->add_flag("--default-patterns", indexOptions.defaultPatterns, "forget earlier --include and --exclude");
   index->add_option("--word-chars", indexOptions.wordChars, "extra characters that belong to words, such as _");
-  index->add_option("--temp", indexOptions.tempDir, "folder for temporary files (default $TMPDIR or /tmp)");
+  index->add_option("--temp", indexOptions.tempDir,
+                    "folder for temporary files and converter output (default: beside the index)");
+  index->add_option("--converter-timeout", indexOptions.converterTimeout,
+                    "seconds a converter may run on one file before it is stopped (default 120, 0: no limit)")
+      ->type_name("SECONDS");
+  index->add_option("--converter-max-output", indexOptions.converterMaxOutput,
+                    "bytes a converter may write for one file (default 256 MiB, 0: no limit)")
+      ->type_name("BYTES");
 
   CLI::App *update = app.add_subcommand("update", "bring the index up to date with the folders");
 
@@ -91,7 +98,7 @@ int main(int argc, char **argv) {
   CLI::App *stats = app.add_subcommand("stats", "counters, sizes on disk, folders and the last run");
   stats->add_flag("--json", jsonStats, "print JSON");
 
-  CLI::App *help = app.add_subcommand("help", "help on a command, or `kurvo help search` for the query language");
+  CLI::App *help = app.add_subcommand("help", "help on a command; `kurvo help search`: the query language; `kurvo help converters`: external converters");
   help->add_option("topic", helpTopic, "a command name");
 
   try {
@@ -127,6 +134,10 @@ int main(int argc, char **argv) {
     if (*help && !helpTopic.empty()) {
       if (helpTopic.front() == "search" || helpTopic.front() == "query") {
         std::cout << queryLanguageHelp();
+        return 0;
+      }
+      if (helpTopic.front() == "converters") {
+        std::cout << convertersHelp();
         return 0;
       }
       for (const CLI::App *sub : app.get_subcommands({})) {

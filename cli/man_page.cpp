@@ -42,6 +42,7 @@ std::string manPage(const CLI::App &app) {
     out << ".SS " << sub->get_name() << "\n.nf\n" << literal(sub->help("kurvo", CLI::AppFormatMode::Normal)) << ".fi\n";
   }
   out << ".SH QUERY LANGUAGE\n.nf\n" << literal(queryLanguageHelp()) << ".fi\n";
+  out << ".SH EXTERNAL CONVERTERS\n.nf\n" << literal(convertersHelp()) << ".fi\n";
   out << ".SH FILES\n.TP\n.I ~/.kurvo/indexes/NAME/store/\nthe storage of a named index (KURVO_HOME replaces ~/.kurvo)\n"
       << ".TP\n.I ~/.kurvo/indexes/NAME/settings.json\nits settings: folders, options and the last run\n"
       << ".TP\n.I ~/.kurvo/skipfile.txt\nwords never indexed\n"

@@ -51,10 +51,9 @@ IndexOptions defaultOptions() {
   return options;
 }
 
-std::string temporaryFolder(const IndexOptions &options) {
+std::string temporaryFolder(const IndexOptions &options, const std::string &storeDir) {
   if (!options.tempDir.empty()) return options.tempDir;
-  const char *tmp = std::getenv("TMPDIR");
-  return tmp && *tmp ? tmp : "/tmp";
+  return storeDir + "tmp";
 }
 
 namespace {
@@ -70,6 +69,8 @@ json optionsToJson(const IndexOptions &o) {
       {"track_all", o.trackAll},
       {"proximity", o.proximity},
       {"temp_dir", o.tempDir},
+      {"converter_timeout", o.converterTimeout},
+      {"converter_max_output", o.converterMaxOutput},
       {"include", include},
       {"exclude", o.exclude},
       {"chars",
@@ -89,6 +90,8 @@ IndexOptions optionsFromJson(const json &j) {
   o.trackAll = j.value("track_all", o.trackAll);
   o.proximity = j.value("proximity", o.proximity);
   o.tempDir = j.value("temp_dir", o.tempDir);
+  o.converterTimeout = j.value("converter_timeout", o.converterTimeout);
+  o.converterMaxOutput = j.value("converter_max_output", o.converterMaxOutput);
   if (j.contains("include")) {
     o.include.clear();
     for (const json &rule : j.at("include")) {

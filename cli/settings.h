@@ -21,7 +21,9 @@ struct IndexOptions {
   bool ranking = true;
   bool trackAll = true;
   int proximity = 8;                  // words after the first term for "a < b"
-  std::string tempDir;                // empty: $TMPDIR or /tmp
+  std::string tempDir;                // empty: "tmp" in the storage folder
+  int converterTimeout = 120;         // seconds, 0: none
+  double converterMaxOutput = 256.0 * 1024 * 1024;  // bytes, 0: none
   std::vector<IncludeRule> include;
   std::vector<std::string> exclude;
   CharClasses chars;
@@ -53,7 +55,9 @@ std::vector<std::string> defaultExcludePatterns();
 Settings loadSettings(const std::string &path);
 void saveSettings(const std::string &path, const Settings &settings);
 
-// The temporary folder actually used.
-std::string temporaryFolder(const IndexOptions &options);
+// The temporary folder actually used for an index in storeDir. Converted
+// files are kept there under their file numbers, so by default it lies in the
+// storage folder and is rebuilt and swapped in with it.
+std::string temporaryFolder(const IndexOptions &options, const std::string &storeDir);
 
 }  // namespace kurvo_cli

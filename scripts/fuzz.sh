@@ -7,6 +7,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 minutes=${1:-1}
+if ! [ "$minutes" -ge 1 ] 2>/dev/null; then
+  echo "usage: $0 [MINUTES]   (a whole number, at least 1)" >&2
+  exit 2
+fi
 
 if ! command -v clang++ >/dev/null; then
   echo "fuzz: clang is needed (apt-get install clang)" >&2
