@@ -1,5 +1,8 @@
 // CKurvoIndex analyzer registry: one analyzer object of each kind, by name.
 #include "analyzers/charset_analyzers.h"
+#include "analyzers/containers/gzip_analyzer.h"
+#include "analyzers/containers/tar_analyzer.h"
+#include "analyzers/containers/zip_analyzer.h"
 #include "analyzers/file_analyzer.h"
 #include "analyzers/html_analyzer.h"
 #include "analyzers/rtf_analyzer.h"
@@ -13,6 +16,9 @@ void CKurvoIndex::createAnalyzers() {
   analyzers["dosoem"] = new CDosOemAnalyzer(this);
   analyzers["html"] = new CHtmlAnalyzer(this);
   analyzers["rtf"] = new CRtfAnalyzer(this);
+  analyzers["zip"] = new CZipAnalyzer(this);
+  analyzers["tar"] = new CTarAnalyzer(this);
+  analyzers["gzip"] = new CGZipAnalyzer(this);
   // After the built-ins, so that a converter can take a built-in's name.
   readExternalAnalyzers();
 }

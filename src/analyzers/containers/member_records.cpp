@@ -1,0 +1,64 @@
+// Member names, records, analyzers and temporary copies for the container analyzers.
+#include "analyzers/containers/member_records.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "analyzers/file_analyzer.h"
+#include "api/message_keys.h"
+#include "api/reporting.h"
+#include "index/kurvo_index.h"
+
+const char *memberBaseName(const char *name) {
+  const char *base = name;
+  for (const char *p = name; *p; ++p) {
+    if (*p == '/' || *p == '\\') base = p + 1;
+  }
+  return base;
+}
+
+CFileAnalyzer *memberAnalyzer(CKurvoIndex &index, const char *baseName) {
+  CFileAnalyzer *analyzer = index.analyzerThatMatches(baseName);
+  return analyzer && index.isExcluded(baseName) ? nullptr : analyzer;
+}
+
+uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time,
+                      uint32_t size) {
+  uint32_t record = index.files->lookupFile(fullName, parent);
+  if (!record) {
+    ++index.FilesIndexed;
+    record = index.files->addFile(fullName);
+  }
+  char *data = index.files->getData(record);
+  if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, fullName);
+  file_record::setParent(data, parent);
+  file_record::setTime(data, time);
+  file_record::setSize(data, size);
+  file_record::setAttributes(data, 0);
+  return record;
+}
+
+bool memberUnchanged(CKurvoIndex &index, const char *fullName, uint32_t parent, int64_t time) {
+  return index.IsUpdate && index.files->lookupFile(fullName, parent) != 0 && time <= index.TimeBase;
+}
+
+std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *baseName) {
+  char path[1024];
+  std::snprintf(path, sizeof path, "%s%c%d%s", index.temporaryDirectory.c_str(), '/',
+                static_cast<int>(member), baseName);
+  return path;
+}
+
+void reportMemberBytes(CKurvoIndex &index, const char *archivePath) {
+  if (index.ShowStatus <= 1) return;
+  char number[64];
+  std::snprintf(number, sizeof number, "%f", index.BytesRead);
+  setStatus(kurvo_keys::kBytesIndexing, std::string(number) + '\t' + archivePath);
+}
+
+void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer,
+                      unsigned long length, uint32_t member, bool firstPiece) {
+  index.partialWord[0] = '\0';
+  buffer[length] = '\0';
+  analyzer.indexBuffer(buffer, length, member, firstPiece);
+}

@@ -1,0 +1,34 @@
+// What the container analyzers share: member names, records, analyzers and temporary copies.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+class CFileAnalyzer;
+class CKurvoIndex;
+
+// The part of a member name after its last '/' or '\'; empty for a folder.
+const char *memberBaseName(const char *name);
+
+// The analyzer a member's base name selects, or null (also when excluded).
+CFileAnalyzer *memberAnalyzer(CKurvoIndex &index, const char *baseName);
+
+// Finds or adds the record of fullName under parent (counting an added one)
+// and writes its parent, time, size and attributes 0; returns its number.
+uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time,
+                      uint32_t size);
+
+// True in update mode when the member is known and not newer than the time base.
+bool memberUnchanged(CKurvoIndex &index, const char *fullName, uint32_t parent, int64_t time);
+
+// "<temporary folder>/<member number><base name>", at most 1,023 bytes.
+std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *baseName);
+
+// Tells the host the running byte count after a piece of archivePath (status level above 1).
+void reportMemberBytes(CKurvoIndex &index, const char *archivePath);
+
+// Cuts one piece of a member read into memory: the carry-over buffer is
+// emptied first, since container pieces are indexed each on its own. buffer
+// holds length bytes and one spare byte.
+void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer,
+                      unsigned long length, uint32_t member, bool firstPiece);

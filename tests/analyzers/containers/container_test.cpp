@@ -1,0 +1,185 @@
+// ZIP, TAR and GZIP archives made by zip, tar and gzip: member records, their words, extraction and display.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <map>
+#include <string>
+
+#include "analyzers/containers/gzip_analyzer.h"
+#include "contents/file_contents.h"
+#include "index_setup.h"
+
+using namespace kurvo_test;
+
+namespace {
+
+const std::string kArchives = std::string(KURVO_TEST_DATA) + "/archives/";
+const std::string kLongBase(39, 'e');
+const std::string kLongDir(60, 'd');
+
+class Containers : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    index = startFullBuild(tmp);
+    const char *patterns[][2] = {{"*.txt", "generic"}, {"*.zip", "zip"}, {"*.tar", "tar"},
+                                 {"*.tgz", "gzip"},    {"*.gz", "gzip"}};
+    index->setIncludeCount(5);
+    for (int i = 0; i < 5; ++i) index->setIncludePattern(i, patterns[i][0], patterns[i][1]);
+    temp = tmp.path() + "t";
+    tmp.write("t/.keep", "");
+    std::remove((temp + "/.keep").c_str());
+    index->temporaryDirectory = temp;
+    folder = addTopFolder(*index, kArchives.substr(0, kArchives.size() - 1));
+  }
+
+  uint32_t indexArchive(const std::string &name, bool expected = true) {
+    const uint32_t record = index->files->addFile(name.c_str());
+    file_record::setParent(index->files->getData(record), folder);
+    const std::string path = kArchives + name;
+    EXPECT_EQ(index->analyzerThatMatches(path.c_str())->indexFile(path.c_str(), record), expected);
+    return record;
+  }
+
+  // Members by "archive::member::member" path, with their sizes.
+  std::string memberPath(uint32_t record) {
+    const char *data = index->files->getData(record);
+    const uint32_t parent = file_record::parent(data);
+    if (parent == folder) return file_record::name(data);
+    return memberPath(parent) + "::" + file_record::name(data);
+  }
+  std::map<std::string, uint32_t> members() {
+    std::map<std::string, uint32_t> out;
+    for (uint32_t n = index->files->getFirst(); n; n = index->files->getNext(n)) {
+      const uint32_t parent = file_record::parent(index->files->getData(n));
+      if (parent != 0 && parent != folder) out[memberPath(n)] = file_record::size(index->files->getData(n));
+    }
+    return out;
+  }
+  // Each test word lies in one member: the last file its data names.
+  std::map<std::string, std::string> wordPlaces() {
+    std::map<std::string, std::string> out;
+    for (const auto &[word, number] : allWords(*index->words))
+      out[word] = memberPath(load32(index->words->getData(number) + word_data::kCurrentFile));
+    return out;
+  }
+  bool tempIsEmpty() {
+    DIR *dir = opendir(temp.c_str());
+    int entries = 0;
+    while (dirent *e = readdir(dir)) entries += e->d_name[0] != '.';
+    closedir(dir);
+    return entries == 0;
+  }
+
+  TempDir tmp;
+  std::string temp;
+  std::unique_ptr<CKurvoIndex> index;
+  uint32_t folder = 0;
+};
+
+}  // namespace
+
+TEST_F(Containers, ArchivesGiveTheirMembersAndWords) {
+  const std::string longName = kLongDir + "/" + kLongBase;
+  const struct {
+    std::string archive;
+    std::map<std::string, uint32_t> members;
+    std::map<std::string, std::string> words;
+  } cases[] = {
+      // Folder entries give no records; a member no pattern reads is listed.
+      {"docs.zip",
+       {{"docs.zip::docs/readme.txt", 18}, {"docs.zip::docs/sub/deep.txt", 12},
+        {"docs.zip::docs/picture.png", 12}, {"docs.zip::notes.txt", 17}},
+       {{"zebra", "docs.zip::docs/readme.txt"}, {"walrus", "docs.zip::docs/sub/deep.txt"},
+        {"gamma", "docs.zip::notes.txt"}, {"alpha", "docs.zip::docs/readme.txt"}}},
+      {"empty.zip", {}, {}},
+      // GNU long names are skipped with their data: the member after one
+      // keeps the first 100 bytes of its path. Links and folders are left out.
+      {"mixed.tar",
+       {{"mixed.tar::docs/readme.txt", 18}, {"mixed.tar::docs/sub/deep.txt", 12},
+        {"mixed.tar::docs/picture.png", 12}, {"mixed.tar::inner.zip", 133},
+        {"mixed.tar::inner.zip::notes.txt", 17}, {"mixed.tar::empty.txt", 0},
+        {"mixed.tar::" + longName, 14}},
+       {{"zebra", "mixed.tar::docs/readme.txt"}, {"walrus", "mixed.tar::docs/sub/deep.txt"},
+        {"gamma", "mixed.tar::inner.zip::notes.txt"}, {"alpha", "mixed.tar::docs/readme.txt"}}},
+      // The ustar prefix never joins the name.
+      {"ustar-long.tar", {{"ustar-long.tar::long.txt", 14}}, {{"kiwi", "ustar-long.tar::long.txt"}, {"longname", "ustar-long.tar::long.txt"}}},
+      {"folders.tar", {}, {}},
+      {"mixed.tgz",
+       {{"mixed.tgz::mixed.tar", 10240}, {"mixed.tgz::mixed.tar::docs/readme.txt", 18},
+        {"mixed.tgz::mixed.tar::docs/sub/deep.txt", 12}, {"mixed.tgz::mixed.tar::docs/picture.png", 12},
+        {"mixed.tgz::mixed.tar::inner.zip", 133}, {"mixed.tgz::mixed.tar::inner.zip::notes.txt", 17},
+        {"mixed.tgz::mixed.tar::empty.txt", 0}, {"mixed.tgz::mixed.tar::" + longName, 14}},
+       {{"zebra", "mixed.tgz::mixed.tar::docs/readme.txt"}, {"walrus", "mixed.tgz::mixed.tar::docs/sub/deep.txt"},
+        {"gamma", "mixed.tgz::mixed.tar::inner.zip::notes.txt"}, {"alpha", "mixed.tgz::mixed.tar::docs/readme.txt"}}},
+      {"notes.txt.gz", {{"notes.txt.gz::notes.txt", 17}}, {{"gamma", "notes.txt.gz::notes.txt"}, {"inner", "notes.txt.gz::notes.txt"}, {"text", "notes.txt.gz::notes.txt"}}},
+      // No pattern reads "readme": recorded, never unpacked, size 0.
+      {"readme.gz", {{"readme.gz::readme", 0}}, {}},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.archive);
+    SetUp();
+    indexArchive(c.archive);
+    EXPECT_EQ(members(), c.members);
+    std::map<std::string, std::string> words = wordPlaces();
+    for (const auto &[word, place] : c.words) EXPECT_EQ(words[word], place) << word;
+    if (c.archive != "ustar-long.tar") {
+      EXPECT_EQ(words.count("kiwi"), 0u);
+    }
+    EXPECT_TRUE(tempIsEmpty());
+  }
+}
+
+TEST_F(Containers, TrackAllAndUpdateModeDecideWhatIsRecordedAndRead) {
+  index->TrackAll = 0;
+  indexArchive("docs.zip");
+  EXPECT_EQ(members().count("docs.zip::docs/picture.png"), 0u);
+
+  // Members dated 2020 are not later than a time base of now: skipped in an
+  // update even though their records never had words.
+  SetUp();
+  index->setIncludePattern(0, "*.none", "generic");
+  const uint32_t archive = indexArchive("mixed.tar");
+  EXPECT_EQ(members().size(), 7u);
+  index->setIncludePattern(0, "*.txt", "generic");
+  index->IsUpdate = 1;
+  index->TimeBase = static_cast<int32_t>(std::time(nullptr));
+  index->analyzerNamed("tar")->indexFile((kArchives + "mixed.tar").c_str(), archive);
+  EXPECT_EQ(wordPlaces().count("zebra"), 0u);
+  index->TimeBase = 0;
+  index->analyzerNamed("tar")->indexFile((kArchives + "mixed.tar").c_str(), archive);
+  EXPECT_EQ(wordPlaces()["zebra"], "mixed.tar::docs/readme.txt");
+}
+
+TEST_F(Containers, MembersComeBackOutWhole) {
+  const struct {
+    const char *analyzer, *archive, *member;
+    std::string bytes;
+  } cases[] = {
+      {"zip", "docs.zip", "docs/readme.txt", "alpha zebra notes\n"},
+      {"tar", "mixed.tar", "docs/readme.txt", "alpha zebra notes\n"},
+      {"tar", "mixed.tar", "empty.txt", ""},
+      {"gzip", "notes.txt.gz", "notes.txt", "inner gamma text\n"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.member);
+    const std::string out = tmp.file("out");
+    EXPECT_TRUE(index->analyzerNamed(c.analyzer)->extractToTempFile((kArchives + c.archive).c_str(), c.member, out.c_str(), 0));
+    EXPECT_EQ(readFile(out), c.bytes);
+  }
+  EXPECT_FALSE(index->analyzerNamed("zip")->extractToTempFile((kArchives + "docs.zip").c_str(), "nothing", tmp.file("x").c_str(), 0));
+  EXPECT_FALSE(index->analyzerNamed("tar")->extractToTempFile((kArchives + "mixed.tar").c_str(), "nothing", tmp.file("x").c_str(), 0));
+  EXPECT_EQ(CGZipAnalyzer::innerName("/a/x.tgz"), "x.tar");
+  EXPECT_EQ(CGZipAnalyzer::innerName("/a/notes.txt.gz"), "notes.txt");
+}
+
+TEST_F(Containers, TheViewerShowsAMemberThreeArchivesDeepAndCleansUp) {
+  indexArchive("mixed.tgz");
+  uint32_t member = 0;
+  for (uint32_t n = index->files->getFirst(); n; n = index->files->getNext(n))
+    if (file_record::parent(index->files->getData(n)) != 0 && memberPath(n) == "mixed.tgz::mixed.tar::inner.zip::notes.txt") member = n;
+  ASSERT_NE(member, 0u);
+  CFileContents contents(index.get(), member, 1000, 0, true, 8);
+  EXPECT_EQ(std::string(contents.contents()), "inner gamma\ntext\n");
+  EXPECT_TRUE(tempIsEmpty());
+}
