@@ -1,6 +1,7 @@
 // CKurvoIndex analyzer registry: one analyzer object of each kind, by name.
 #include "analyzers/charset_analyzers.h"
 #include "analyzers/containers/gzip_analyzer.h"
+#include "analyzers/containers/mbox_analyzer.h"
 #include "analyzers/containers/tar_analyzer.h"
 #include "analyzers/containers/zip_analyzer.h"
 #include "analyzers/file_analyzer.h"
@@ -19,6 +20,7 @@ void CKurvoIndex::createAnalyzers() {
   analyzers["zip"] = new CZipAnalyzer(this);
   analyzers["tar"] = new CTarAnalyzer(this);
   analyzers["gzip"] = new CGZipAnalyzer(this);
+  analyzers["mbox"] = new CMBoxAnalyzer(this);
   // After the built-ins, so that a converter can take a built-in's name.
   readExternalAnalyzers();
 }

@@ -3,7 +3,10 @@
 
 #include <dirent.h>
 
+#include <cstdlib>
+#include <ctime>
 #include <map>
+#include <set>
 #include <string>
 
 #include "analyzers/containers/gzip_analyzer.h"
@@ -23,9 +26,9 @@ class Containers : public ::testing::Test {
   void SetUp() override {
     index = startFullBuild(tmp);
     const char *patterns[][2] = {{"*.txt", "generic"}, {"*.zip", "zip"}, {"*.tar", "tar"},
-                                 {"*.tgz", "gzip"},    {"*.gz", "gzip"}};
-    index->setIncludeCount(5);
-    for (int i = 0; i < 5; ++i) index->setIncludePattern(i, patterns[i][0], patterns[i][1]);
+                                 {"*.tgz", "gzip"},    {"*.gz", "gzip"},  {"*.mbox", "mbox"}};
+    index->setIncludeCount(6);
+    for (int i = 0; i < 6; ++i) index->setIncludePattern(i, patterns[i][0], patterns[i][1]);
     temp = tmp.path() + "t";
     tmp.write("t/.keep", "");
     std::remove((temp + "/.keep").c_str());
@@ -62,6 +65,15 @@ class Containers : public ::testing::Test {
     for (const auto &[word, number] : allWords(*index->words))
       out[word] = memberPath(load32(index->words->getData(number) + word_data::kCurrentFile));
     return out;
+  }
+  uint32_t recordOf(const std::string &path) {
+    for (uint32_t n = index->files->getFirst(); n; n = index->files->getNext(n))
+      if (file_record::parent(index->files->getData(n)) != 0 && memberPath(n) == path) return n;
+    return 0;
+  }
+  std::string display(uint32_t record) {
+    CFileContents contents(index.get(), record, 1000, 0, true, 8);
+    return contents.contents();
   }
   bool tempIsEmpty() {
     DIR *dir = opendir(temp.c_str());
@@ -175,11 +187,39 @@ TEST_F(Containers, MembersComeBackOutWhole) {
 
 TEST_F(Containers, TheViewerShowsAMemberThreeArchivesDeepAndCleansUp) {
   indexArchive("mixed.tgz");
-  uint32_t member = 0;
-  for (uint32_t n = index->files->getFirst(); n; n = index->files->getNext(n))
-    if (file_record::parent(index->files->getData(n)) != 0 && memberPath(n) == "mixed.tgz::mixed.tar::inner.zip::notes.txt") member = n;
+  const uint32_t member = recordOf("mixed.tgz::mixed.tar::inner.zip::notes.txt");
   ASSERT_NE(member, 0u);
-  CFileContents contents(index.get(), member, 1000, 0, true, 8);
-  EXPECT_EQ(std::string(contents.contents()), "inner gamma\ntext\n");
+  EXPECT_EQ(display(member), "inner gamma\ntext\n");
   EXPECT_TRUE(tempIsEmpty());
+}
+
+// Python's mailbox module wrote it: plain messages, one without "Date:", one
+// with two named base64 attachments, one whose body is base64 and one with an
+// unnamed attachment. Names use the local time zone.
+TEST_F(Containers, AMailboxGivesItsMessagesAndNamedAttachments) {
+  setenv("TZ", "UTC", 1);
+  tzset();
+  indexArchive("inbox.mbox");
+  const std::string dan = "inbox.mbox::dan@example.org 2004-05-08 09:10:11-";
+  std::map<std::string, std::string> expected = {
+      {"walrus", "inbox.mbox::ann.smith@example.org 2004-05-06 12:34:56-0.txt"},
+      {"otter", "inbox.mbox::bob@example.org 2004-05-07 08:00:00-0.txt"},
+      {"heron", dan + "0.txt"}, {"pelicans", dan + "1.txt"}, {"flamingo", dan + "3.txt"},
+      {"toucan", "inbox.mbox::fay@example.org 2004-05-10 11:00:00-0.txt"}};
+  std::map<std::string, std::string> words = wordPlaces();
+  for (const auto &[word, place] : expected) EXPECT_EQ(words[word], place) << word;
+  std::set<std::string> names;
+  for (const auto &[name, size] : members()) names.insert(name);
+  std::set<std::string> expectedNames;
+  for (const auto &[word, place] : expected) expectedNames.insert(place);
+  EXPECT_EQ(names, expectedNames) << "no document for the undated or base64 bodies";
+  EXPECT_EQ(words.count("penguin"), 0u);
+  EXPECT_EQ(display(recordOf(dan + "1.txt")), "attached notes about\npelicans\n");
+
+  // Only MaxPerFileRead + 1,000 bytes are read.
+  SetUp();
+  index->MaxPerFileRead = 1;
+  indexArchive("inbox.mbox");
+  EXPECT_EQ(members().size(), 3u) << "two messages and the start of the third dated one";
+  EXPECT_EQ(wordPlaces().count("pelicans"), 0u);
 }
