@@ -104,13 +104,19 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   if (o.maxFileRead < 1024) throw HostError("--max-file-read must be at least 1024 bytes");
 }
 
-// Said once per full build; updates only say it with --verbose. Converters
-// left out of externanalyzers.txt are named on every run.
-void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global, bool fullBuild) {
+// Converters left out of externanalyzers.txt and archives cut at the
+// unpacking bounds, said as they come.
+void printLibraryNotices(const GlobalOptions &global) {
   if (!global.quiet) {
     for (const LibraryMessage &notice : libraryNotices())
       std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
   }
+  clearLibraryNotices();
+}
+
+// Said once per full build; updates only say it with --verbose.
+void noteMissingAnalyzers(const std::vector<IncludeRule> &missing, const GlobalOptions &global, bool fullBuild) {
+  printLibraryNotices(global);
   if (missing.empty() || global.quiet || (!fullBuild && !global.verbose)) return;
   if (global.verbose) {
     for (const IncludeRule &rule : missing) {
@@ -198,6 +204,7 @@ void finishRun(IndexSession &session, Progress &progress) {
 // Swaps the stored run in for the previous index and records it in the settings.
 int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
                 const RunSummary &summary, int64_t startedAt, const GlobalOptions &global) {
+  printLibraryNotices(global);
   swap.commit();
   // A second early, so a file changed while this run read it is read again.
   settings.timeBase = startedAt - 1;

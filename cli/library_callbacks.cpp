@@ -4,6 +4,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <set>
+#include <string>
 
 
 #include "host_error.h"
@@ -33,8 +35,9 @@ void onWarning(const char *key, const char *argument) {
 
 int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (fromLibrary) ++g_statusCount;
-  // A status that the user must see whether or not progress is shown.
-  if (key && std::string(key) == "ExternalAnalyzerRejected") {
+  // Statuses that the user must see whether or not progress is shown.
+  static const std::set<std::string> notices = {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge"};
+  if (key && notices.count(key)) {
     g_notices.push_back({key, argument ? argument : ""});
     return 1;
   }

@@ -22,7 +22,8 @@ void installLibraryCallbacks();
 void clearLibraryMessages();
 const std::vector<LibraryMessage> &libraryWarnings();
 
-// Statuses the user must see even without progress ("ExternalAnalyzerRejected").
+// Statuses the user must see even without progress: rejected converters and
+// archives past the unpacking bounds.
 void clearLibraryNotices();
 const std::vector<LibraryMessage> &libraryNotices();
 

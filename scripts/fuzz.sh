@@ -40,7 +40,7 @@ run_one() {
   if [ -n "$seeds" ] && [ -d "$seeds" ]; then cp -r "$seeds"/. "$corpus"/; fi
   if build-fuzz/bin/"$target" -max_total_time=$((minutes * 60)) -print_final_stats=1 \
     -artifact_prefix=build-fuzz/findings/"$target"- "$corpus" >build-fuzz/logs/"$target".log 2>&1; then
-    echo "fuzz: $target clean ($(grep -o 'stat::number_of_executed_units: *[0-9]*' build-fuzz/logs/"$target".log | grep -o '[0-9]*$') runs)"
+    echo "fuzz: $target clean ($(grep -a -o 'stat::number_of_executed_units: *[0-9]*' build-fuzz/logs/"$target".log | grep -o '[0-9]*$') runs)"
   else
     echo "fuzz: $target FAILED; see build-fuzz/logs/$target.log" >&2
     return 1

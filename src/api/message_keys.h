@@ -40,5 +40,10 @@ inline constexpr const char kUpdatingStatus[] = "UpdatingStatus";
 // Beyond the classic keys: an entry of "externanalyzers.txt" left out because
 // its command lacks %i or %o (argument: the entry's name).
 inline constexpr const char kExternalAnalyzerRejected[] = "ExternalAnalyzerRejected";
+// Beyond the classic keys: an archive nested too deep to be opened while
+// indexing, or one that unpacks to more than the bounds allow; the argument
+// is the archive's path. Said once per outermost archive; the run goes on.
+inline constexpr const char kArchiveTooDeep[] = "ArchiveTooDeep";
+inline constexpr const char kArchiveTooLarge[] = "ArchiveTooLarge";
 
 }  // namespace kurvo_keys

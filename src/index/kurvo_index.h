@@ -126,6 +126,15 @@ class CKurvoIndex {
   // reach (0: no bound).
   int32_t ConverterTimeLimit = 120;
   uint64_t ConverterOutputLimit = 256ull << 20;
+  // Bounds on unpacking archives, beyond the classic settings and always in
+  // force: nesting depth while indexing, bytes from one member and from one
+  // outermost archive. Then the archive being unpacked: its depth and bytes.
+  int32_t ArchiveDepthLimit = 8;
+  uint64_t ArchiveMemberLimit = 1ull << 30;
+  uint64_t ArchiveTotalLimit = 4ull << 30;
+  int32_t ArchiveDepth = 0;
+  uint64_t ArchiveBytes = 0;
+  bool ArchiveLimitReported = false;
   int32_t validCharMask[256];
   int32_t validTrailingMask[256];
   int32_t validViewableMask[256];

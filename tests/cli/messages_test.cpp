@@ -24,7 +24,8 @@ INSTANTIATE_TEST_SUITE_P(
                       k::kMemFileOpenFail, k::kMemFileExtendFail, k::kFileMapOpenRWFail, k::kGetHugeSpace,
                       k::kSkippedKurvoDirectory, k::kIndexingFile, k::kIndexingExcluded, k::kBytesIndexing,
                       k::kDecodingGeneric, k::kDecodingPdf, k::kCountingCompress, k::kCompLinksFmt, k::kDone,
-                      k::kUpdatingStatus, k::kExternalAnalyzerRejected));
+                      k::kUpdatingStatus, k::kExternalAnalyzerRejected,
+                      k::kArchiveTooDeep, k::kArchiveTooLarge));
 
 TEST(Messages, PathsAppearInTheSentence) {
   EXPECT_EQ(describeMessage("SkipOpenFail", "/h/skipfile.txt"), "the skip-word file /h/skipfile.txt cannot be opened");

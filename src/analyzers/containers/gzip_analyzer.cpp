@@ -16,15 +16,20 @@ constexpr unsigned kChunkSize = 65535;
 
 // Unpacks the whole of gz into path; false when path cannot be created.
 // An error in the compressed data ends the copy like its end does.
-bool unpack(gzFile gz, const char *path, uint32_t &bytes) {
+// What lies past the unpacking bounds is left out.
+bool unpack(gzFile gz, const char *path, uint32_t &bytes, ArchiveLevel &level) {
   FILE *out = std::fopen(path, "wb");
   if (!out) return false;
   std::unique_ptr<char[]> chunk(new char[kChunkSize]);
   bytes = 0;
+  uint64_t copied = 0;
   int got;
   while ((got = gzread(gz, chunk.get(), kChunkSize)) > 0) {
-    std::fwrite(chunk.get(), 1, static_cast<size_t>(got), out);
-    bytes += static_cast<uint32_t>(got);
+    const size_t keep = static_cast<size_t>(level.allow(copied, static_cast<uint64_t>(got)));
+    std::fwrite(chunk.get(), 1, keep, out);
+    copied += keep;
+    bytes += static_cast<uint32_t>(keep);
+    if (keep < static_cast<size_t>(got)) break;
   }
   std::fclose(out);
   return true;
@@ -47,6 +52,8 @@ bool CGZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t fileId = static_cast<uint32_t>(fileNumber);
   if (!*memberBaseName(path)) return false;
+  ArchiveLevel level(index, path);
+  if (level.tooDeep()) return true;
   const std::string inner = innerName(path);
   CFileAnalyzer *analyzer = memberAnalyzer(index, inner.c_str());
   if (!analyzer && !index.TrackAll) return true;
@@ -60,7 +67,7 @@ bool CGZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   gzFile gz = gzopen(path, "rb");
   if (!gz) return false;
   uint32_t bytes = 0;
-  if (unpack(gz, temp.c_str(), bytes)) {
+  if (unpack(gz, temp.c_str(), bytes, level)) {
     if (char *data = index.files->getData(innerId)) file_record::setSize(data, bytes);
     analyzer->indexFile(temp.c_str(), innerId);
     std::remove(temp.c_str());
@@ -73,8 +80,9 @@ bool CGZipAnalyzer::extractToTempFile(const char *archivePath, const char *, con
                                       unsigned long) {
   gzFile gz = gzopen(archivePath, "rb");
   if (!gz) return false;
+  ArchiveLevel level(*m_pIndex, archivePath);
   uint32_t bytes = 0;
-  const bool created = unpack(gz, tempPath, bytes);
+  const bool created = unpack(gz, tempPath, bytes, level);
   gzclose(gz);
   return created;
 }

@@ -299,6 +299,8 @@ void CMBoxAnalyzer::processMessageText(const char *name, time_t time, unsigned l
 
 bool CMBoxAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
+  ArchiveLevel level(index, path);
+  if (level.tooDeep()) return true;
   FILE *file = std::fopen(path, "rb");
   if (!file) return false;
   const size_t capacity = static_cast<size_t>(index.MaxPerFileRead > 0 ? index.MaxPerFileRead : 0) + 1000;

@@ -56,6 +56,35 @@ void reportMemberBytes(CKurvoIndex &index, const char *archivePath) {
   setStatus(kurvo_keys::kBytesIndexing, std::string(number) + '\t' + archivePath);
 }
 
+ArchiveLevel::ArchiveLevel(CKurvoIndex &index, const char *archivePath) : m_index(index), m_path(archivePath) {
+  if (index.ArchiveDepth++ == 0) {
+    index.ArchiveBytes = 0;
+    index.ArchiveLimitReported = false;
+  }
+  if (index.ArchiveDepth > index.ArchiveDepthLimit) {
+    m_tooDeep = true;
+    if (!index.ArchiveLimitReported) setStatus(kurvo_keys::kArchiveTooDeep, archivePath);
+    index.ArchiveLimitReported = true;
+  }
+}
+
+ArchiveLevel::~ArchiveLevel() { --m_index.ArchiveDepth; }
+
+uint64_t ArchiveLevel::allow(uint64_t memberSoFar, uint64_t bytes) {
+  const uint64_t memberLimit = m_index.ArchiveMemberLimit, totalLimit = m_index.ArchiveTotalLimit;
+  const uint64_t memberRoom = memberSoFar < memberLimit ? memberLimit - memberSoFar : 0;
+  const uint64_t archiveRoom = m_index.ArchiveBytes < totalLimit ? totalLimit - m_index.ArchiveBytes : 0;
+  uint64_t allowed = bytes;
+  if (allowed > memberRoom) allowed = memberRoom;
+  if (allowed > archiveRoom) allowed = archiveRoom;
+  if (allowed < bytes && !m_index.ArchiveLimitReported) {
+    setStatus(kurvo_keys::kArchiveTooLarge, m_path);
+    m_index.ArchiveLimitReported = true;
+  }
+  m_index.ArchiveBytes += allowed;
+  return allowed;
+}
+
 void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer,
                       unsigned long length, uint32_t member, bool firstPiece) {
   index.partialWord[0] = '\0';

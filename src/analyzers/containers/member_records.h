@@ -27,6 +27,29 @@ std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *base
 // Tells the host the running byte count after a piece of archivePath (status level above 1).
 void reportMemberBytes(CKurvoIndex &index, const char *archivePath);
 
+// The index's unpacking bounds make an archive that holds itself, or a small
+// file that unpacks to gigabytes, cost one file, never the run or the disk.
+// One container being indexed, for the life of the object: counts the
+// nesting and starts the byte count at the outermost archive.
+class ArchiveLevel {
+ public:
+  ArchiveLevel(CKurvoIndex &index, const char *archivePath);
+  ~ArchiveLevel();
+  ArchiveLevel(const ArchiveLevel &) = delete;
+  ArchiveLevel &operator=(const ArchiveLevel &) = delete;
+
+  // True (and said once) when this archive lies too deep to be opened.
+  bool tooDeep() const { return m_tooDeep; }
+  // Counts bytes about to be unpacked from one member (memberSoFar of them
+  // already); how many of them may be, 0 once a bound is reached (said once).
+  uint64_t allow(uint64_t memberSoFar, uint64_t bytes);
+
+ private:
+  CKurvoIndex &m_index;
+  const char *m_path;
+  bool m_tooDeep = false;
+};
+
 // Cuts one piece of a member read into memory: the carry-over buffer is
 // emptied first, since container pieces are indexed each on its own. buffer
 // holds length bytes and one spare byte.

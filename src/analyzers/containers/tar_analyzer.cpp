@@ -59,14 +59,22 @@ bool TarHeader::read(FILE *archive) {
 
 void skip(FILE *archive, uint32_t bytes) { fseeko(archive, static_cast<off_t>(bytes), SEEK_CUR); }
 
-// Copies up to bytes from the archive to out, in pieces; stops at a short read.
-void copyBytes(FILE *archive, FILE *out, uint64_t bytes, char *piece) {
+// Copies up to bytes from the archive to out, in pieces; stops at a short
+// read. What lies past the unpacking bounds is skipped, not copied.
+void copyBytes(FILE *archive, FILE *out, uint64_t bytes, char *piece, ArchiveLevel &level) {
+  uint64_t copied = 0;
   while (bytes > 0) {
     const size_t want = bytes < kPiece ? static_cast<size_t>(bytes) : kPiece;
     const size_t got = std::fread(piece, 1, want, archive);
     if (got == 0) return;
-    std::fwrite(piece, 1, got, out);
+    const size_t keep = static_cast<size_t>(level.allow(copied, got));
+    std::fwrite(piece, 1, keep, out);
+    copied += keep;
     bytes -= got;
+    if (keep < got) {
+      skip(archive, static_cast<uint32_t>(bytes));
+      return;
+    }
   }
 }
 
@@ -77,6 +85,8 @@ bool CTarAnalyzer::canUseIndexBuffer() { return false; }
 bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t archiveId = static_cast<uint32_t>(fileNumber);
+  ArchiveLevel level(index, path);
+  if (level.tooDeep()) return true;
   FILE *archive = std::fopen(path, "rb");
   if (!archive) return false;
   std::unique_ptr<char[]> piece(new char[kPiece + 1]);
@@ -102,7 +112,7 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
       // A copy that cannot be created leaves the data unread, and the next
       // header is looked for inside it: kept as existing indexes have it.
       if (FILE *out = std::fopen(temp.c_str(), "wb")) {
-        copyBytes(archive, out, padded, piece.get());
+        copyBytes(archive, out, padded, piece.get(), level);
         std::fclose(out);
         analyzer->indexFile(temp.c_str(), member);
       }
@@ -116,11 +126,18 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
     uint32_t left = padded;
     bool first = true;
     while (left > 0 && pieceSize > 0) {
-      const size_t got = std::fread(piece.get(), 1, left < pieceSize ? left : pieceSize, archive);
+      size_t got = std::fread(piece.get(), 1, left < pieceSize ? left : pieceSize, archive);
       if (got == 0) break;
+      left -= static_cast<uint32_t>(got);
+      const size_t keep = static_cast<size_t>(level.allow(padded - left - got, got));
+      if (keep < got) {
+        skip(archive, left);
+        left = 0;
+        if (keep == 0) break;
+        got = keep;
+      }
       indexMemberPiece(index, *analyzer, piece.get(), got, member, first);
       reportMemberBytes(index, path);
-      left -= static_cast<uint32_t>(got);
       first = false;
     }
     if (pieceSize == 0) skip(archive, left);
@@ -136,6 +153,7 @@ bool CTarAnalyzer::extractToTempFile(const char *archivePath, const char *member
                                      const char *tempPath, unsigned long) {
   FILE *archive = std::fopen(archivePath, "rb");
   if (!archive) return false;
+  ArchiveLevel level(*m_pIndex, archivePath);
   TarHeader header;
   bool extracted = false;
   while (header.read(archive)) {
@@ -145,7 +163,7 @@ bool CTarAnalyzer::extractToTempFile(const char *archivePath, const char *member
     }
     if (FILE *out = std::fopen(tempPath, "wb")) {
       std::unique_ptr<char[]> piece(new char[kPiece]);
-      copyBytes(archive, out, header.size, piece.get());
+      copyBytes(archive, out, header.size, piece.get(), level);
       std::fclose(out);
       extracted = true;
     }

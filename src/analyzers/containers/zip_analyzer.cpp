@@ -44,13 +44,21 @@ time_t memberTime(const tm_unz &date) {
 // Copies the open member into path; false when the file cannot be created.
 // lastRead is the last read's result: 0 at the member's clean end, negative
 // after a decompression or write error.
-bool copyMember(unzFile archive, const char *path, char *chunk, int &lastRead) {
+// A member cut at the unpacking bounds ends there as if cleanly.
+bool copyMember(unzFile archive, const char *path, char *chunk, int &lastRead, ArchiveLevel &level) {
   lastRead = -1;
   FILE *out = std::fopen(path, "wb");
   if (!out) return false;
+  uint64_t copied = 0;
   while ((lastRead = unzReadCurrentFile(archive, chunk, kChunkSize)) > 0) {
-    if (std::fwrite(chunk, 1, static_cast<size_t>(lastRead), out) != static_cast<size_t>(lastRead)) {
+    const size_t keep = static_cast<size_t>(level.allow(copied, static_cast<uint64_t>(lastRead)));
+    if (std::fwrite(chunk, 1, keep, out) != keep) {
       lastRead = -1;
+      break;
+    }
+    copied += keep;
+    if (keep < static_cast<size_t>(lastRead)) {
+      lastRead = 0;
       break;
     }
   }
@@ -65,6 +73,8 @@ bool CZipAnalyzer::canUseIndexBuffer() { return false; }
 bool CZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t archiveId = static_cast<uint32_t>(fileNumber);
+  ArchiveLevel level(index, path);
+  if (level.tooDeep()) return true;
   unzFile archive = unzOpen(path);
   if (!archive) return isEmptyArchive(path);
   unz_global_info global{};
@@ -100,7 +110,7 @@ bool CZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
         if (!analyzer->canUseIndexBuffer()) {
           const std::string temp = memberTempPath(index, member, baseName);
           int lastRead = 0;
-          if (copyMember(archive, temp.c_str(), chunk.get(), lastRead) && lastRead == 0)
+          if (copyMember(archive, temp.c_str(), chunk.get(), lastRead, level) && lastRead == 0)
             analyzer->indexFile(temp.c_str(), member);
           std::remove(temp.c_str());
         } else {
@@ -137,6 +147,7 @@ bool CZipAnalyzer::extractToTempFile(const char *archivePath, const char *member
                                      const char *tempPath, unsigned long) {
   unzFile archive = unzOpen(archivePath);
   if (!archive) return false;
+  ArchiveLevel level(*m_pIndex, archivePath);
   if (unzLocateFile(archive, memberName, 0) != UNZ_OK || unzOpenCurrentFile(archive) != UNZ_OK) {
     unzClose(archive);
     return false;
@@ -144,7 +155,7 @@ bool CZipAnalyzer::extractToTempFile(const char *archivePath, const char *member
   std::unique_ptr<char[]> chunk(new char[kChunkSize + 1]);
   // A read error midway still counts as extracted: the file exists.
   int lastRead = 0;
-  const bool created = copyMember(archive, tempPath, chunk.get(), lastRead);
+  const bool created = copyMember(archive, tempPath, chunk.get(), lastRead, level);
   unzCloseCurrentFile(archive);
   unzClose(archive);
   return created;

@@ -36,10 +36,10 @@ class Containers : public ::testing::Test {
     folder = addTopFolder(*index, kArchives.substr(0, kArchives.size() - 1));
   }
 
-  uint32_t indexArchive(const std::string &name, bool expected = true) {
+  uint32_t indexArchive(const std::string &name, bool expected = true, const std::string &from = kArchives) {
     const uint32_t record = index->files->addFile(name.c_str());
     file_record::setParent(index->files->getData(record), folder);
-    const std::string path = kArchives + name;
+    const std::string path = from + name;
     EXPECT_EQ(index->analyzerThatMatches(path.c_str())->indexFile(path.c_str(), record), expected);
     return record;
   }
@@ -222,4 +222,48 @@ TEST_F(Containers, AMailboxGivesItsMessagesAndNamedAttachments) {
   indexArchive("inbox.mbox");
   EXPECT_EQ(members().size(), 3u) << "two messages and the start of the third dated one";
   EXPECT_EQ(wordPlaces().count("pelicans"), 0u);
+}
+
+TEST_F(Containers, HostileArchivesCostOneFileAndSaySoOnce) {
+  // 5 KB that unpack to 2 MB and then to 2 GiB.
+  CapturedMessages messages;
+  index->ArchiveMemberLimit = 1 << 20;
+  index->ArchiveTotalLimit = 3 << 20;
+  indexArchive("bomb.txt.gz.gz");
+  std::map<std::string, uint32_t> found = members();
+  EXPECT_EQ(found["bomb.txt.gz.gz::bomb.txt.gz"], 1u << 20);
+  EXPECT_LE(found["bomb.txt.gz.gz::bomb.txt.gz::bomb.txt"], 1u << 20);
+  // Plain bytes pass through gzip's reader: a name of many ".gz" is an
+  // archive that holds itself, level after level.
+  std::string name = "self.txt";
+  for (int i = 0; i < 12; ++i) name += ".gz";
+  tmp.write("data/" + name, "selfword here\n");
+  indexArchive(name, true, tmp.path() + "data/");
+  EXPECT_EQ(wordPlaces().count("selfword"), 0u);
+  ASSERT_EQ(messages.statuses.size(), 2u);
+  EXPECT_EQ(messages.statuses[0].key, "ArchiveTooLarge");
+  EXPECT_EQ(messages.statuses[0].argument, kArchives + "bomb.txt.gz.gz");
+  EXPECT_EQ(messages.statuses[1].key, "ArchiveTooDeep");
+  EXPECT_TRUE(tempIsEmpty());
+
+  // Cut and damaged archives end early and leave nothing behind.
+  const std::string zip = readFile(kArchives + "docs.zip"), tar = readFile(kArchives + "mixed.tar"),
+                    tgz = readFile(kArchives + "mixed.tgz"), mbox = readFile(kArchives + "inbox.mbox");
+  std::string flipped = tgz;
+  for (size_t i = 40; i < flipped.size(); i += 7) flipped[i] = static_cast<char>(~flipped[i]);
+  const std::pair<std::string, std::string> damaged[] = {
+      {"cut.zip", zip.substr(0, 300)},  {"cut.tar", tar.substr(0, 2000)}, {"cut.tgz", tgz.substr(0, 200)},
+      {"flipped.tgz", flipped},         {"junk.zip", std::string(5000, 'P')},
+      {"junk.tar", std::string(5000, '7')}, {"cut.mbox", mbox.substr(0, 1500)},
+  };
+  for (const auto &[file, bytes] : damaged) {
+    SCOPED_TRACE(file);
+    tmp.write("data/" + file, bytes);
+    const std::string path = tmp.path() + "data/" + file;
+    const uint32_t record = index->files->addFile(file.c_str());
+    index->analyzerThatMatches(path.c_str())->indexFile(path.c_str(), record);
+    if (file != "cut.mbox") {
+      EXPECT_TRUE(tempIsEmpty());
+    }
+  }
 }
