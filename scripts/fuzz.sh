@@ -3,7 +3,7 @@
 # runs every one of them for MINUTES minutes (default 1), as many at a time as
 # there are cores. Seeds come from tests/data/ (the test documents); findings
 # are written to build-fuzz/findings/. Exit status 1 when any target failed.
-# Usage: scripts/fuzz.sh [MINUTES]
+# Usage: scripts/fuzz.sh [MINUTES [TARGET...]]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 minutes=${1:-1}
@@ -27,6 +27,7 @@ seeds_of() {
     rtf_fuzz) echo tests/data/rtf ;;
     macroman_fuzz | dosoem_fuzz | generic_fuzz) echo tests/data/text ;;
     external_list_fuzz) echo tests/data/converters ;;
+    zip_fuzz | tar_fuzz | gzip_fuzz | mbox_fuzz) echo tests/data/archives ;;
     *) ;;
   esac
 }
@@ -49,5 +50,6 @@ run_one() {
 export -f run_one seeds_of
 export minutes
 
-targets=$(cd build-fuzz/bin && ls ./*_fuzz | sed 's|^\./||')
+shift || true
+if [ $# -gt 0 ]; then targets=$(printf '%s\n' "$@"); else targets=$(cd build-fuzz/bin && ls ./*_fuzz | sed 's|^\./||'); fi
 echo "$targets" | xargs -P "$(nproc)" -I{} bash -c 'run_one {}'

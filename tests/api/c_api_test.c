@@ -1,6 +1,7 @@
 /* c_api_test.c: a C host builds an index, reopens it and queries it through kurvo.h only. */
 #include "kurvo.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <ftw.h>
 #include <stdio.h>
@@ -329,6 +330,15 @@ int main(int argc, char **argv) {
   writeText(path, secretText);
 
   checkProcessWide();
+
+  /* minizip's unzip functions are reachable through the library's handle. */
+  if (argc > 2) {
+    void *library = dlopen(argv[2], RTLD_NOW);
+    CHECK(library != NULL, "dlopen %s", argv[2]);
+    CHECK(dlsym(library, "unzOpen") != NULL && dlsym(library, "unzReadCurrentFile") != NULL,
+          "unzOpen through the library's handle");
+    dlclose(library);
+  }
 
   FORMAT_PATH(missing, "%sa/b/c/nothing/", base);
   CHECK(kCreateNewIndex(0, missing) == NULL, "opening a folder without an index");

@@ -6,7 +6,8 @@ set_source_files_properties(${CMAKE_CURRENT_LIST_DIR}/c_api_test.c PROPERTIES LA
 set_target_properties(kurvo_c_api_test PROPERTIES C_STANDARD 99 C_EXTENSIONS OFF)
 target_compile_definitions(kurvo_c_api_test PRIVATE _XOPEN_SOURCE=700)
 target_link_libraries(kurvo_c_api_test PRIVATE kurvo)
-add_test(NAME kurvo_c_api COMMAND kurvo_c_api_test ${CMAKE_CURRENT_BINARY_DIR}/tmp)
+target_link_libraries(kurvo_c_api_test PRIVATE ${CMAKE_DL_LIBS})
+add_test(NAME kurvo_c_api COMMAND kurvo_c_api_test ${CMAKE_CURRENT_BINARY_DIR}/tmp $<TARGET_FILE:kurvo>)
 
 # The library exports exactly the functions kurvo.h declares.
 add_test(NAME kurvo_exported_symbols
