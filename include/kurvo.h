@@ -24,6 +24,15 @@
  *   subtract 2082844800.0 to get Unix time.
  * - Everything runs on the caller's thread; the library locks nothing, so
  *   one index must be driven by one thread at a time.
+ * - minizip's unzip functions (unzOpen, unzReadCurrentFile, ...) are reachable
+ *   unchanged through the library's handle (dlsym on the dlopen handle of
+ *   libkurvo), since the library links minizip; they are not declared here.
+ * - Status keys beyond the classic set, sent whatever the ShowStatus level and
+ *   whose answer is ignored: "ExternalAnalyzerRejected" (kidxCreateAnalyzers),
+ *   "ArchiveTooDeep" and "ArchiveTooLarge" (argument: the archive's path)
+ *   when indexing meets archives nested more than 8 deep or unpacking to more
+ *   than 1 GiB a member or 4 GiB in all; the rest of such an archive is left
+ *   out and the run goes on.
  */
 #ifndef KURVO_H
 #define KURVO_H
