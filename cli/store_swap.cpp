@@ -36,8 +36,15 @@ void StoreSwap::prepareCopy() {
   prepareEmpty();
   std::error_code ec;
   for (const fs::directory_entry &entry : fs::directory_iterator(m_storeDir, ec)) {
-    if (!entry.is_regular_file()) continue;
-    fs::copy_file(entry.path(), m_workDir + entry.path().filename().string(), ec);
+    // The tables, and the folder of kept converter output and mailbox cache
+    // files, which the viewer reads by file number.
+    if (entry.is_directory()) {
+      fs::copy(entry.path(), m_workDir + entry.path().filename().string(), fs::copy_options::recursive, ec);
+    } else if (entry.is_regular_file()) {
+      fs::copy_file(entry.path(), m_workDir + entry.path().filename().string(), ec);
+    } else {
+      continue;
+    }
     if (ec) throw HostError("the index cannot be copied to " + m_workDir + ": " + ec.message());
   }
   if (ec) throw HostError("the index at " + m_storeDir + " cannot be read: " + ec.message());

@@ -26,6 +26,12 @@ expect_contains "first plain" "message text"
 [ -z "$(ls "$KURVO_HOME/indexes/default/store/tmp" | grep -v '^[0-9]*\.txt$')" ] ||
   fail "temporary files left: $(ls "$KURVO_HOME/indexes/default/store/tmp")"
 
+# Mailbox cache files live with the index and survive an update.
+kurvo update
+expect_status 0 "update"
+kurvo show "$D/inbox.mbox::ann.smith@example.org 2004-05-06 12:34:56-0.txt"
+expect_contains "first plain" "message text after an update"
+
 kurvo --help
 expect_contains "TAR (.tar)" "help names the archive formats"
 
