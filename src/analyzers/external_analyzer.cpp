@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "analyzers/containers/member_records.h"
 #include "analyzers/converter_process.h"
 #include "index/kurvo_index.h"
 
@@ -110,6 +111,10 @@ bool CExternalAnalyzer::createTemporaryFile(const char *sourcePath, const char *
 }
 
 bool CExternalAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
+  // Converters whose output goes to a converter again count as nested
+  // archives, so that a cycle of them ends.
+  ArchiveLevel level(*m_pIndex, path);
+  if (level.tooDeep()) return false;
   char tempPath[kTemporaryPathSize];
   makeTemporaryPath(path, tempPath, fileNumber);
   if (!createTemporaryFile(path, tempPath)) return false;
@@ -123,6 +128,8 @@ bool CExternalAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
 
 char *CExternalAnalyzer::fillDisplayBuffer(const char *path, unsigned long fileNumber,
                                            unsigned long maxLength, int wrapWidth, bool displayFlag) {
+  ArchiveLevel level(*m_pIndex, path);
+  if (level.tooDeep()) return emptyBlock();
   char tempPath[kTemporaryPathSize];
   makeTemporaryPath(path, tempPath, fileNumber);
   if (access(tempPath, F_OK) != 0 && !createTemporaryFile(path, tempPath)) return emptyBlock();

@@ -148,6 +148,18 @@ TEST_F(ExternalAnalyzerTest, ConvertedTextIsKeptForDisplayAndTheConverterRunsOnc
   EXPECT_EQ(readFile(count), "run\n");
 }
 
+TEST_F(ExternalAnalyzerTest, AConverterWhoseOutputItReadsAgainEnds) {
+  declare("conv\ndoc\ncp %i %o\n");
+  index->setIncludeCount(1);
+  index->setIncludePattern(0, "*.doc", "conv");
+  data.write("r.doc", "looping words\n");
+  const std::string source = data.file("r.doc");
+  EXPECT_FALSE(index->analyzerNamed("conv")->indexFile(source.c_str(), 1));
+  char *text = index->analyzerNamed("conv")->fillDisplayBuffer(source.c_str(), 1, 100, 0, true);
+  EXPECT_STREQ(text, "");
+  std::free(text);
+}
+
 TEST_F(ExternalAnalyzerTest, AStuckOrFloodingConverterCostsOneFile) {
   index->ConverterTimeLimit = 1;
   index->ConverterOutputLimit = 100000;
