@@ -128,6 +128,9 @@ void MailboxScan::indexText(long span) {
 
 void MailboxScan::endAttachment(const char *p) {
   m_attachmentPending = false;
+  // A blank line of the next message before its own headers: the pending
+  // attachment has no sender or date to be named by.
+  if (!m_sender || !m_date) return;
   const time_t time = parseAsctime(m_date);
   // Attachments take the counter as their data ends: 1, 3, 5 and so on.
   m_analyzer.makeFileName(m_sender, time, m_extension, m_part, m_name, sizeof m_name);

@@ -255,6 +255,9 @@ TEST_F(Containers, HostileArchivesCostOneFileAndSaySoOnce) {
       {"cut.zip", zip.substr(0, 300)},  {"cut.tar", tar.substr(0, 2000)}, {"cut.tgz", tgz.substr(0, 200)},
       {"flipped.tgz", flipped},         {"junk.zip", std::string(5000, 'P')},
       {"junk.tar", std::string(5000, '7')}, {"cut.mbox", mbox.substr(0, 1500)},
+      // An attachment still open when the next message starts with a blank line.
+      {"pending.mbox", "From a\nFrom: A <a@x>\nDate: 6 May 2004 12:00:00\nContent-Transfer-Encoding: base64\n"
+                       "Content-Disposition: attachment; filename=\"x.txt\"\n\nYWJj\nFrom b\n\nFrom: B\n"},
   };
   for (const auto &[file, bytes] : damaged) {
     SCOPED_TRACE(file);
@@ -262,7 +265,7 @@ TEST_F(Containers, HostileArchivesCostOneFileAndSaySoOnce) {
     const std::string path = tmp.path() + "data/" + file;
     const uint32_t record = index->files->addFile(file.c_str());
     index->analyzerThatMatches(path.c_str())->indexFile(path.c_str(), record);
-    if (file != "cut.mbox") {
+    if (file.find(".mbox") == std::string::npos) {
       EXPECT_TRUE(tempIsEmpty());
     }
   }
