@@ -33,7 +33,12 @@ std::vector<IncludeRule> defaultIncludeRules() {
       "*/AUTHORS*", "*/THANKS*", "*/TODO*", "*/INSTALL*", "*/COPYING*", "*/LICENSE*",
       "*/Makefile", "*/CMakeLists.txt",
   };
-  for (const char *pattern : plain) rules.push_back({pattern, "generic"});
+  for (const char *pattern : plain) {
+    rules.push_back({pattern, "generic"});
+    // Members of archives are matched by their bare name ("changelog.Debian"
+    // inside changelog.Debian.gz), which has no folder before it.
+    if (std::string(pattern).rfind("*/", 0) == 0) rules.push_back({pattern + 2, "generic"});
+  }
   return rules;
 }
 
