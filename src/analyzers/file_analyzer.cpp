@@ -104,6 +104,13 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
 
 void CFileAnalyzer::convertRawBuffer(char *, unsigned long) {}
 
+void CFileAnalyzer::carryBytes(const char *from, unsigned long count) {
+  char *carry = m_pIndex->partialWord;
+  if (count > sizeof m_pIndex->partialWord - 1) count = sizeof m_pIndex->partialWord - 1;
+  std::memmove(carry, from, count);
+  carry[count] = '\0';
+}
+
 bool CFileAnalyzer::extractToTempFile(const char *, const char *, const char *, unsigned long) {
   return false;
 }

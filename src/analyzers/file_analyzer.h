@@ -51,6 +51,10 @@ class CFileAnalyzer {
                                    char lastOutput, bool displayFlag, int *state);
 
  protected:
+  // Puts count bytes (at most what the buffer holds) into the index's
+  // carry-over buffer, NUL-terminated: mark-up cut by a buffer's end.
+  void carryBytes(const char *from, unsigned long count);
+
   CKurvoIndex *m_pIndex;
   int32_t m_bHooks = 0;
 };

@@ -40,12 +40,6 @@ unsigned char numericReference(const char *text) {
   return static_cast<unsigned char>((value + value / 255) % 256);
 }
 
-void carry(CKurvoIndex &index, const char *from, unsigned long count) {
-  if (count > sizeof index.partialWord - 1) count = sizeof index.partialWord - 1;
-  std::memcpy(index.partialWord, from, count);
-  index.partialWord[count] = '\0';
-}
-
 }  // namespace
 
 CHtmlAnalyzer::CHtmlAnalyzer(CKurvoIndex *index) : CFileAnalyzer(index) { m_bHooks = 1; }
@@ -74,7 +68,7 @@ bool CHtmlAnalyzer::checkIndexCharacter(char *current, char **read, char **wordS
   std::string reference;
   while (p < end && *p != ';' && reference.size() < kMaxReference) reference.push_back(*p++);
   if (p >= end) {
-    carry(*m_pIndex, reference.data(), reference.size());
+    carryBytes(reference.data(), reference.size());
     *read = end;
     return true;
   }
@@ -103,7 +97,7 @@ bool CHtmlAnalyzer::checkStripCharacter(unsigned char *current, char **read, uns
   };
 
   if (*remaining <= kDisplayLookAhead) {
-    carry(*m_pIndex, p, *remaining + 1);
+    carryBytes(p, *remaining + 1);
     return consume(*remaining);
   }
   unsigned char c = *current;

@@ -23,11 +23,6 @@ int hexDigit(char c) {
   return 0;
 }
 
-void carry(CKurvoIndex &index, const char *from, unsigned long count) {
-  std::memcpy(index.partialWord, from, count);
-  index.partialWord[count] = '\0';
-}
-
 bool startsWith(const char *text, const char *prefix) {
   return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
 }
@@ -80,7 +75,7 @@ bool CRtfAnalyzer::checkIndexCharacter(char *current, char **read, char **wordSt
   char *const end = *bufferStart + length;
   char *p = *read + 1;
   if (p >= end) {
-    carry(index, "\\", 1);
+    carryBytes("\\", 1);
     *read = end;
     return true;
   }
@@ -89,7 +84,7 @@ bool CRtfAnalyzer::checkIndexCharacter(char *current, char **read, char **wordSt
     // Hexadecimal escape: its byte is written over the second digit, where
     // the cutter takes it as the next character.
     if (p + 2 >= end) {
-      carry(index, *read, static_cast<unsigned long>(end - *read));
+      carryBytes(*read, static_cast<unsigned long>(end - *read));
       *read = end;
       return true;
     }
@@ -98,7 +93,7 @@ bool CRtfAnalyzer::checkIndexCharacter(char *current, char **read, char **wordSt
   } else if (isLower(*p)) {
     while (p < end && isLower(*p)) ++p;
     if (p >= end) {
-      carry(index, "\\", 1);
+      carryBytes("\\", 1);
       *read = end;
       return true;
     }
@@ -133,7 +128,7 @@ bool CRtfAnalyzer::checkStripCharacter(unsigned char *current, char **read, unsi
   };
 
   if (*remaining <= kDisplayLookAhead) {
-    carry(*m_pIndex, p, *remaining + 1);
+    carryBytes(p, *remaining + 1);
     return consume(*remaining);
   }
   const char c = static_cast<char>(*current);
