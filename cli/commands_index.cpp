@@ -105,11 +105,12 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
 }
 
 // Converters left out of externanalyzers.txt and archives cut at the
-// unpacking bounds, said as they come.
+// unpacking bounds, said as they come; a PDF cut at its bounds only with
+// --verbose, since its words up to the cut are there.
 void printLibraryNotices(const GlobalOptions &global) {
   if (!global.quiet) {
     for (const LibraryMessage &notice : libraryNotices())
-      std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
+      if (global.verbose || notice.key != "PdfTooLarge") std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
   }
   clearLibraryNotices();
 }

@@ -36,7 +36,8 @@ void onWarning(const char *key, const char *argument) {
 int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (fromLibrary) ++g_statusCount;
   // Statuses that the user must see whether or not progress is shown.
-  static const std::set<std::string> notices = {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge"};
+  static const std::set<std::string> notices = {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge",
+                                                "PdfTooLarge"};
   if (key && notices.count(key)) {
     g_notices.push_back({key, argument ? argument : ""});
     return 1;

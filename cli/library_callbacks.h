@@ -22,8 +22,8 @@ void installLibraryCallbacks();
 void clearLibraryMessages();
 const std::vector<LibraryMessage> &libraryWarnings();
 
-// Statuses the user must see even without progress: rejected converters and
-// archives past the unpacking bounds.
+// Statuses the user must see even without progress: rejected converters,
+// archives past the unpacking bounds and PDFs past their inflation bounds.
 void clearLibraryNotices();
 const std::vector<LibraryMessage> &libraryNotices();
 

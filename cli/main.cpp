@@ -26,9 +26,9 @@ const char kDescription[] =
     "  kurvo search 'budget 2024'   files holding both words, best first\n"
     "  kurvo update                 take in what changed since\n\n"
     "Read by default: plain text and source code, HTML (.htm, .html, .xhtml),\n"
-    "RTF, the members of ZIP (.zip, .jar), TAR (.tar), gzip (.gz, .tgz) archives\n"
-    "and the messages and attachments of mailboxes (.mbox, .mbx), shown as\n"
-    "archive.zip::member; other files are listed without their words.\n"
+    "RTF, PDF, the members of ZIP (.zip, .jar), TAR (.tar) and gzip (.gz, .tgz)\n"
+    "archives and the messages and attachments of mailboxes (.mbox, .mbx),\n"
+    "shown as archive.zip::member; other files are listed without their words.\n"
     "Indexes live in $KURVO_HOME (default ~/.kurvo); see `kurvo help search`\n"
     "for the query language and `kurvo help converters` for other formats.";
 

@@ -26,6 +26,8 @@ const std::map<std::string, Sentence> &sentences() {
                           "archives are nested too deep; the innermost are listed without their words"}},
       {"ArchiveTooLarge", {"%s unpacks to more than kurvo unpacks from one archive (1 GiB a member, 4 GiB in all); the rest is left out",
                            "an archive unpacks to more than kurvo unpacks from one archive; the rest is left out"}},
+      {"PdfTooLarge", {"%s inflates to more than kurvo reads from one PDF (64 MiB a stream, 4 GiB in all); the rest is left out",
+                       "a PDF inflates to more than kurvo reads from one PDF; the rest is left out"}},
       {"StorageByteOrder", {"the index at %s was written on a machine of the other byte order; rebuild it here with `kurvo index`",
                             "the index was written on a machine of the other byte order; rebuild it here with `kurvo index`"}},
       {"HaltRequested", {"stopped on request", "stopped on request"}},

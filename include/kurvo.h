@@ -32,7 +32,9 @@
  *   "ArchiveTooDeep" and "ArchiveTooLarge" (argument: the archive's path)
  *   when indexing meets archives nested more than 8 deep or unpacking to more
  *   than 1 GiB a member or 4 GiB in all; the rest of such an archive is left
- *   out and the run goes on.
+ *   out and the run goes on. "PdfTooLarge" (argument: the PDF's path) when a
+ *   PDF's compressed streams inflate to more than 64 MiB one stream or 4 GiB
+ *   in all; the text up to there is kept. Each is sent once per file.
  */
 #ifndef KURVO_H
 #define KURVO_H
@@ -222,7 +224,9 @@ KURVO_API void kidxSetWordsIndexed(void *index, unsigned int value);
 
 /* Settings. Word lengths default to 3 and 16 (a maximum of 0 means 100; words
  * of maximum + 1 characters are still taken). MaxPerFileRead limits the bytes
- * read from one file and must be set before indexing. UseRanking (default 1)
+ * read from one file and must be set before indexing; the PDF analyzer, which
+ * reads a PDF whole, sizes its reads from it (at most 65,535 bytes) when
+ * kidxCreateAnalyzers runs, so set it first. UseRanking (default 1)
  * keeps a per-file occurrence count; set it before kidxNewFileLinks. TrackAll
  * (default 1) records files no include pattern selects. ShowStatus > 0 sends
  * progress to the status callback (> 1 also per-file byte counts). IsUpdate

@@ -28,6 +28,7 @@ seeds_of() {
     macroman_fuzz | dosoem_fuzz | generic_fuzz) echo tests/data/text ;;
     external_list_fuzz) echo tests/data/converters ;;
     zip_fuzz | tar_fuzz | gzip_fuzz | mbox_fuzz) echo tests/data/archives ;;
+    pdf_fuzz) echo tests/data/pdf ;;
     *) ;;
   esac
 }

@@ -2,6 +2,7 @@
 #include "analyzers/charset_analyzers.h"
 #include "analyzers/containers/gzip_analyzer.h"
 #include "analyzers/containers/mbox_analyzer.h"
+#include "analyzers/containers/pdf_analyzer.h"
 #include "analyzers/containers/tar_analyzer.h"
 #include "analyzers/containers/zip_analyzer.h"
 #include "analyzers/file_analyzer.h"
@@ -21,6 +22,7 @@ void CKurvoIndex::createAnalyzers() {
   analyzers["tar"] = new CTarAnalyzer(this);
   analyzers["gzip"] = new CGZipAnalyzer(this);
   analyzers["mbox"] = new CMBoxAnalyzer(this);
+  analyzers["pdf"] = new CPdfAnalyzer(this);
   // After the built-ins, so that a converter can take a built-in's name.
   readExternalAnalyzers();
 }

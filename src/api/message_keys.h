@@ -45,5 +45,8 @@ inline constexpr const char kExternalAnalyzerRejected[] = "ExternalAnalyzerRejec
 // is the archive's path. Said once per outermost archive; the run goes on.
 inline constexpr const char kArchiveTooDeep[] = "ArchiveTooDeep";
 inline constexpr const char kArchiveTooLarge[] = "ArchiveTooLarge";
+// Beyond the classic keys: a PDF whose streams inflate to more than its
+// bounds; the argument is its path. Said once per file; the run goes on.
+inline constexpr const char kPdfTooLarge[] = "PdfTooLarge";
 
 }  // namespace kurvo_keys

@@ -135,6 +135,10 @@ class CKurvoIndex {
   int32_t ArchiveDepth = 0;
   uint64_t ArchiveBytes = 0;
   bool ArchiveLimitReported = false;
+  // Bounds on inflating the streams of one PDF, beyond the classic settings
+  // and always in force: bytes from one stream and from the whole file.
+  uint64_t PdfStreamLimit = 64ull << 20;
+  uint64_t PdfFileLimit = 4ull << 30;
   int32_t validCharMask[256];
   int32_t validTrailingMask[256];
   int32_t validViewableMask[256];

@@ -1,10 +1,11 @@
-# End to end: HTML, RTF and code-page documents, and external converters with hostile file names.
+# End to end: HTML, RTF, PDF and code-page documents, and external converters with hostile file names.
 source "$(dirname "$0")/cli_test_helpers.sh"
 DATA="$(cd "$(dirname "$0")/../data" && pwd)"
 
 D="$WORK/docs"
 mkdir -p "$D"
 cp "$DATA/html/cafe.html" "$DATA/rtf/garden-libreoffice.rtf" "$D/"
+cp "$DATA/pdf/report-pdflatex.pdf" "$DATA/pdf/invoice-ps2pdf.pdf" "$DATA/pdf/bomb.pdf" "$D/"
 cp "$DATA/text/letter-macroman.txt" "$D/letter.mac"
 printf 'shout LOUDLY please\n' >"$D/\$(touch HACKED).up"
 printf 'QUIET whisper\n' >"$D/a;touch HACKED.up"
@@ -44,6 +45,25 @@ kurvo search converted
 expect_status 1 "the stuck converter's file has no words"
 kurvo search 'caf*'
 expect_contains "$D/letter.mac" "Mac Roman words"
+
+kurvo search 'pumpkins AND harbour'
+expect_status 1 "two PDFs, no file with both"
+kurvo search 'zucchini'
+expect_out "$D/garden-libreoffice.rtf
+$D/report-pdflatex.pdf" "PDF words beside RTF words"
+kurvo search 'lighthouse'
+expect_out "$D/invoice-ps2pdf.pdf" "the second page of a PDF"
+kurvo search bombshell
+expect_out "$D/bomb.pdf" "the start of a stream cut at its bound"
+kurvo search farewell
+expect_status 1 "what lies past a stream's bound is left out"
+case "$ERR" in *bomb.pdf*) fail "a cut PDF is only said with --verbose" ;; esac
+kurvo show "$D/invoice-ps2pdf.pdf" lighthouse
+expect_contains "Second page: lighthouse maintenance" "PDF display"
+kurvo show --outline "$D/report-pdflatex.pdf" pumpkins
+expect_contains "pumpkins" "PDF outline"
+kurvo index "$D" --verbose --converter-timeout 2 --include '*.up=lower' '*.slow=slow' '*.mac=macroman'
+case "$ERR" in *"$D/bomb.pdf inflates to more than kurvo reads from one PDF"*) ;; *) fail "--verbose names the cut PDF" ;; esac
 
 kurvo show "$D/cafe.html" croissant
 expect_contains "croissant" "HTML display"
