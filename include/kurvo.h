@@ -115,6 +115,21 @@ KURVO_API void convertToHex(unsigned int length, const unsigned char *input, cha
  * not validated. */
 KURVO_API void convertFromHex(const char *input, unsigned int length, unsigned char *output);
 
+/* Beyond the classic interface: text between UTF-8 and the index's character
+ * set (ISO 8859-1, with the Windows-1252 punctuation in 0x80-0x9F), as the
+ * "utf8" analyzer reads files.
+ * kTextFromUtf8 converts the NUL-terminated utf8: bytes that are not valid
+ * UTF-8 are taken as Latin-1 and characters the set cannot hold become the
+ * byte 0x1A. It writes at most outSize - 1 bytes and a NUL (nothing when
+ * outSize is 0); the result is never longer than the input. Returns how many
+ * characters the set could not hold.
+ * kTextToUtf8 converts the NUL-terminated text (0x1A becomes U+FFFD): it
+ * writes at most outSize - 1 bytes and a NUL, never a cut character, and
+ * returns the length the whole result needs (at most 3 bytes a byte).
+ * The caller owns every buffer. */
+KURVO_API unsigned int kTextFromUtf8(const char *utf8, char *out, unsigned int outSize);
+KURVO_API unsigned int kTextToUtf8(const char *text, char *out, unsigned int outSize);
+
 /* -------------------------------------------------------------------- index */
 
 /* Close the index's tables (nothing is stored) and free it. CAUGHT. The handle
@@ -216,6 +231,9 @@ KURVO_API unsigned int kidxGetDirectoriesRead(void *index);
 KURVO_API unsigned int kidxGetFilesIndexed(void *index);
 KURVO_API unsigned int kidxGetContentsIndexed(void *index);
 KURVO_API unsigned int kidxGetWordsIndexed(void *index);
+/* Beyond the classic counters: files read by the "utf8" analyzer that held
+ * characters the index's character set cannot hold (they separate words). */
+KURVO_API unsigned int kidxGetFilesWithForeignText(void *index);
 KURVO_API void kidxSetBytesRead(void *index, double value);
 KURVO_API void kidxSetDirectoriesRead(void *index, unsigned int value);
 KURVO_API void kidxSetFilesIndexed(void *index, unsigned int value);

@@ -5,9 +5,11 @@
 #include "analyzers/containers/pdf_analyzer.h"
 #include "analyzers/containers/tar_analyzer.h"
 #include "analyzers/containers/zip_analyzer.h"
+#include "analyzers/auto_analyzer.h"
 #include "analyzers/file_analyzer.h"
 #include "analyzers/html_analyzer.h"
 #include "analyzers/rtf_analyzer.h"
+#include "analyzers/utf8_analyzer.h"
 #include "index/kurvo_index.h"
 
 void CKurvoIndex::createAnalyzers() {
@@ -23,6 +25,10 @@ void CKurvoIndex::createAnalyzers() {
   analyzers["gzip"] = new CGZipAnalyzer(this);
   analyzers["mbox"] = new CMBoxAnalyzer(this);
   analyzers["pdf"] = new CPdfAnalyzer(this);
+  // Beyond the classic set: UTF-8 text, and a choice by content for names
+  // no pattern knows.
+  analyzers["utf8"] = new CUtf8Analyzer(this);
+  analyzers["auto"] = new CAutoAnalyzer(this);
   // After the built-ins, so that a converter can take a built-in's name.
   readExternalAnalyzers();
 }

@@ -14,6 +14,9 @@ KURVO_API unsigned int kidxGetContentsIndexed(void *index) {
   return asIndex(index)->ContentsIndexed;
 }
 KURVO_API unsigned int kidxGetWordsIndexed(void *index) { return asIndex(index)->WordsIndexed; }
+KURVO_API unsigned int kidxGetFilesWithForeignText(void *index) {
+  return asIndex(index)->FilesWithForeignText;
+}
 
 KURVO_API void kidxSetBytesRead(void *index, double value) { asIndex(index)->BytesRead = value; }
 KURVO_API void kidxSetDirectoriesRead(void *index, unsigned int value) {

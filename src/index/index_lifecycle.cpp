@@ -20,6 +20,8 @@ void CKurvoIndex::emptyIndex() {
   ContentsIndexed = 0;
   FilesIndexed = 0;
   BytesRead = 0.0;
+  ForeignCharacters = 0;
+  FilesWithForeignText = 0;
 
   // Skip words survive, so a rebuild need not read the skip file again.
   files = new CFileStorage(storagePath + "files", 1000);

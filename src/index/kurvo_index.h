@@ -139,6 +139,10 @@ class CKurvoIndex {
   // and always in force: bytes from one stream and from the whole file.
   uint64_t PdfStreamLimit = 64ull << 20;
   uint64_t PdfFileLimit = 4ull << 30;
+  // Beyond the classic counters: characters the character set cannot hold,
+  // met by the "utf8" analyzer, and the files that held them.
+  uint64_t ForeignCharacters = 0;
+  uint32_t FilesWithForeignText = 0;
   int32_t validCharMask[256];
   int32_t validTrailingMask[256];
   int32_t validViewableMask[256];
