@@ -88,7 +88,7 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   std::vector<IncludeRule> added;
   for (const std::string &item : c.include) {
     size_t eq = item.rfind('=');
-    if (eq == std::string::npos) added.push_back({item, "generic"});
+    if (eq == std::string::npos) added.push_back({item, "utf8"});
     else added.push_back({item.substr(0, eq), item.substr(eq + 1)});
   }
   o.include.insert(o.include.begin(), added.begin(), added.end());
@@ -176,6 +176,7 @@ RunSummary readCounters(void *index, const char *kind, std::chrono::steady_clock
   s.files = kidxGetFilesIndexed(index);
   s.contents = kidxGetContentsIndexed(index);
   s.words = kidxGetWordsIndexed(index);
+  s.foreign = kidxGetFilesWithForeignText(index);
   s.bytes = kidxGetBytesRead(index);
   s.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   return s;
@@ -189,6 +190,10 @@ void printSummary(const RunSummary &s, const GlobalOptions &global) {
                 s.kind == "update" ? "Updated" : "Indexed", s.folders, s.files, s.contents, s.words,
                 humanBytes(s.bytes).c_str(), s.seconds, humanBytes(rate).c_str());
   std::cout << line << "\n";
+  if (s.foreign) {
+    std::cout << s.foreign << (s.foreign == 1 ? " file holds" : " files hold")
+              << " characters outside Latin-1 (Greek, Cyrillic, CJK, symbols); they separate words and are not searchable\n";
+  }
 }
 
 std::string skipFileOf(const IndexLocation &loc) { return loc.home + "/skipfile.txt"; }

@@ -13,6 +13,7 @@
 #include "query_eval.h"
 #include "query_support.h"
 #include "reading_session.h"
+#include "terminal_text.h"
 
 using nlohmann::json;
 
@@ -46,7 +47,7 @@ std::vector<std::string> splitLines(const std::string &text) {
 int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   ReadingSession rs = openForReading(global);
   const IndexOptions &o = rs.settings.options;
-  QueryNode query = parseUserQuery(options.query, o);
+  QueryNode query = parseUserQuery(options.query, o, global.quiet);
   noteUnsearchableTerms(query, rs, global.quiet);
 
   IndexTermSource source(*rs.reader, o.ranking, static_cast<unsigned>(o.maxFileRead), o.proximity);
@@ -77,7 +78,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
                    {"score", r.score},
                    {"size", record.size},
                    {"modified", localTime(unixFromMac(record.macTime))}};
-      if (options.outline) item["lines"] = splitLines(outline);
+      if (options.outline) item["lines"] = splitLines(asUtf8(outline));
       if (!outlineError.empty()) item["error"] = outlineError;
       jsonResults.push_back(item);
       continue;

@@ -1,4 +1,5 @@
 // `kurvo show`: the display text of one indexed file, hits highlighted.
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 
@@ -26,6 +27,28 @@ std::string indexedPath(const std::string &given) {
   return p.string() + (members == std::string::npos ? "" : given.substr(members));
 }
 
+// An archive has no text of its own: a gzip file's one member is shown in
+// its place, and an archive of several names them.
+uint32_t recordToShow(ReadingSession &rs, uint32_t record, const std::string &path, bool quiet) {
+  std::vector<std::string> members;
+  uint32_t only = 0;
+  for (const auto &[number, r] : rs.reader->records()) {
+    if (r.parent != record || r.deleted || !rs.reader->isLiveFile(number)) continue;
+    members.push_back(rs.reader->filePath(number));
+    only = number;
+  }
+  if (members.empty()) return record;
+  if (members.size() == 1) {
+    if (!quiet) std::cerr << "kurvo: note: showing " << members.front() << ", the file inside " << path << "\n";
+    return only;
+  }
+  std::sort(members.begin(), members.end());
+  std::string list;
+  for (size_t i = 0; i < members.size() && i < 10; ++i) list += "\n  " + members[i];
+  if (members.size() > 10) list += "\n  ... (" + std::to_string(members.size() - 10) + " more)";
+  throw HostError(path + " is an archive; show one of its members:" + list);
+}
+
 }  // namespace
 
 int runShow(const GlobalOptions &global, const ShowOptions &options) {
@@ -35,10 +58,11 @@ int runShow(const GlobalOptions &global, const ShowOptions &options) {
   std::string path = indexedPath(options.path);
   uint32_t record = rs.reader->findFile(path);
   if (record == 0) throw HostError(path + " is not in the index");
+  record = recordToShow(rs, record, path, global.quiet);
 
   std::string viewerText;
   if (!options.query.empty()) {
-    QueryNode query = parseUserQuery(options.query, o);
+    QueryNode query = parseUserQuery(options.query, o, global.quiet);
     noteUnsearchableTerms(query, rs, global.quiet);
     viewerText = viewerQuery(query);
   }

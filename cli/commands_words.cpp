@@ -10,6 +10,7 @@
 #include "output.h"
 #include "query_parser.h"
 #include "reading_session.h"
+#include "terminal_text.h"
 
 using nlohmann::json;
 
@@ -19,7 +20,7 @@ int runWords(const GlobalOptions &global, const std::string &pattern, bool asJso
   if (pattern.empty()) throw HostError("name a word or pattern, such as: kurvo words 'index*'");
   ReadingSession rs = openForReading(global);
   std::vector<std::pair<std::string, size_t>> rows;
-  for (const auto &[entry, text] : rs.reader->matchingWords(foldCase(pattern))) {
+  for (const auto &[entry, text] : rs.reader->matchingWords(foldCase(fromTerminal(pattern, nullptr)))) {
     std::set<uint32_t> files;
     for (const WordFile &wf : rs.reader->filesOfWord(entry)) {
       if (rs.reader->isLiveFile(wf.file)) files.insert(wf.file);
@@ -29,10 +30,10 @@ int runWords(const GlobalOptions &global, const std::string &pattern, bool asJso
   std::sort(rows.begin(), rows.end());
   if (asJson) {
     json list = json::array();
-    for (const auto &[word, count] : rows) list.push_back({{"word", word}, {"files", count}});
+    for (const auto &[word, count] : rows) list.push_back({{"word", asUtf8(word)}, {"files", count}});
     std::cout << dumpJson(list, 2) << "\n";
   } else {
-    for (const auto &[word, count] : rows) std::cout << word << "\t" << count << "\n";
+    for (const auto &[word, count] : rows) std::cout << forTerminal(word) << "\t" << count << "\n";
   }
   return rows.empty() ? kExitNothing : kExitFound;
 }

@@ -1,4 +1,5 @@
 // kurvo: build, update and search full-text indexes of folders from the shell.
+#include <clocale>
 #include <fstream>
 #include <iostream>
 
@@ -8,6 +9,7 @@
 #include "host_error.h"
 #include "library_callbacks.h"
 #include "man_page.h"
+#include "terminal_text.h"
 
 using namespace kurvo_cli;
 
@@ -35,6 +37,9 @@ const char kDescription[] =
 }  // namespace
 
 int main(int argc, char **argv) {
+  // Only the character set follows the locale: numbers and messages stay as they are.
+  std::setlocale(LC_CTYPE, "");
+  detectTerminalEncoding();
   GlobalOptions global;
   IndexCommandOptions indexOptions;
   SearchOptions searchOptions;
@@ -61,13 +66,13 @@ int main(int argc, char **argv) {
   index->add_option("folders", indexOptions.folders, "folders to index (default: those indexed before)");
   index->add_flag("--add", indexOptions.add, "add the folders to the existing index without rebuilding it");
   index->add_option("--min-word", indexOptions.minWordLength, "shortest word kept (default 3)");
-  index->add_option("--max-word", indexOptions.maxWordLength, "longest word kept whole (default 16)");
+  index->add_option("--max-word", indexOptions.maxWordLength, "words of up to N+1 characters are indexed, longer ones are left out (default 40)");
   index->add_option("--max-file-read", indexOptions.maxFileRead, "bytes read from one file (default 8 MB)");
   index->add_option("--ranking", indexOptions.ranking, "1: count occurrences for ranking (default), 0: do not");
   index->add_option("--track-all", indexOptions.trackAll,
                     "1: list files no pattern reads, without their words (default), 0: leave them out");
   index->add_option("--include", indexOptions.include,
-                    "read files matching PATTERN with ANALYZER (default generic); tried before the defaults")
+                    "read files matching PATTERN with ANALYZER (default utf8); tried before the defaults")
       ->type_name("PATTERN[=ANALYZER]");
   index->add_option("--exclude", indexOptions.exclude, "leave out files and folders matching PATTERN")
       ->type_name("PATTERN");

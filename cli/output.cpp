@@ -9,6 +9,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "terminal_text.h"
+
 namespace kurvo_cli {
 
 namespace {
@@ -36,7 +38,7 @@ void writeHighlighted(std::ostream &out, const std::string &text,
     if (lineStart && !indent.empty()) out << indent;
     lineStart = false;
     if (hit < hits.size() && i == hits[hit].first) out << on;
-    out << text[i];
+    out << terminalCharacter(static_cast<unsigned char>(text[i]));
     if (hit < hits.size() && i + 1 == hits[hit].first + hits[hit].second) {
       out << off;
       ++hit;

@@ -7,6 +7,7 @@
 #include "host_error.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
+#include "terminal_text.h"
 
 namespace kurvo_cli {
 
@@ -16,9 +17,15 @@ WordCharacters wordCharactersOf(const IndexOptions &options) {
   return chars;
 }
 
-QueryNode parseUserQuery(const std::string &text, const IndexOptions &options) {
+QueryNode parseUserQuery(const std::string &text, const IndexOptions &options, bool quiet) {
+  unsigned foreign = 0;
+  const std::string query = fromTerminal(text, &foreign);
+  if (foreign && !quiet) {
+    std::cerr << "kurvo: note: the query holds characters the index cannot hold (it keeps Latin-1 letters and "
+                 "the Windows-1252 punctuation); they are read as spaces between words\n";
+  }
   try {
-    return parseQuery(text, wordCharactersOf(options));
+    return parseQuery(query, wordCharactersOf(options));
   } catch (const QueryError &e) {
     throw HostError(std::string("bad query: ") + e.what() + " (see: kurvo help search)");
   }
@@ -32,15 +39,15 @@ void noteUnsearchableTerms(const QueryNode &query, ReadingSession &rs, bool quie
     if (hasWildcard(term)) continue;
     int longest = o.maxWordLength == 0 ? 100 : o.maxWordLength + 1;
     if (static_cast<int>(term.size()) < o.minWordLength) {
-      std::cerr << "kurvo: note: \"" << term << "\" is shorter than " << o.minWordLength
+      std::cerr << "kurvo: note: \"" << forTerminal(term) << "\" is shorter than " << o.minWordLength
                 << " characters; such words are not indexed\n";
     } else if (static_cast<int>(term.size()) > longest) {
-      std::cerr << "kurvo: note: \"" << term << "\" is longer than " << longest
+      std::cerr << "kurvo: note: \"" << forTerminal(term) << "\" is longer than " << longest
                 << " characters; such words are not indexed whole\n";
     } else {
       unsigned skipped = 0;
       callLibrary([&] { skipped = ktsLookup(kidxGetSkipWords(rs.index()), term.c_str()); });
-      if (skipped) std::cerr << "kurvo: note: \"" << term << "\" is a skip word and is never indexed\n";
+      if (skipped) std::cerr << "kurvo: note: \"" << forTerminal(term) << "\" is a skip word and is never indexed\n";
     }
   }
 }

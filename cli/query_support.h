@@ -11,7 +11,7 @@ namespace kurvo_cli {
 
 WordCharacters wordCharactersOf(const IndexOptions &options);
 // Throws HostError with the parser's reason.
-QueryNode parseUserQuery(const std::string &text, const IndexOptions &options);
+QueryNode parseUserQuery(const std::string &text, const IndexOptions &options, bool quiet);
 // Tells on stderr about terms too short, too long or skipped by the index.
 void noteUnsearchableTerms(const QueryNode &query, ReadingSession &rs, bool quiet);
 

@@ -34,11 +34,13 @@ std::vector<IncludeRule> defaultIncludeRules() {
       "*/Makefile", "*/CMakeLists.txt",
   };
   for (const char *pattern : plain) {
-    rules.push_back({pattern, "generic"});
+    rules.push_back({pattern, "utf8"});
     // Members of archives are matched by their bare name ("changelog.Debian"
     // inside changelog.Debian.gz), which has no folder before it.
-    if (std::string(pattern).rfind("*/", 0) == 0) rules.push_back({pattern + 2, "generic"});
+    if (std::string(pattern).rfind("*/", 0) == 0) rules.push_back({pattern + 2, "utf8"});
   }
+  // Last: any other name is read by what its first bytes hold.
+  rules.push_back({"*", "auto"});
   return rules;
 }
 

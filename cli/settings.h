@@ -16,7 +16,7 @@ struct IncludeRule {
 
 struct IndexOptions {
   int minWordLength = 3;
-  int maxWordLength = 16;
+  int maxWordLength = 40;
   int maxFileRead = 8 * 1024 * 1024;  // bytes read from one file
   bool ranking = true;
   bool trackAll = true;
@@ -34,6 +34,7 @@ struct RunSummary {
   unsigned files = 0;      // records added
   unsigned contents = 0;   // files whose words were read
   unsigned words = 0;      // new distinct words
+  unsigned foreign = 0;    // files holding characters the index cannot hold
   double bytes = 0;
   double seconds = 0;
   std::string kind;        // "index" or "update"

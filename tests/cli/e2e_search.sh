@@ -10,7 +10,7 @@ put "$D/many.txt" "fox fox fox and dog"
 put "$D/sub/delta.txt" "memory leak found after a long search for the leak"
 put "$D/sub/epsilon.txt" "memory was fine but much later we saw a leak"
 put "$D/README" "readme words: kangaroo"
-put "$D/notes.bin" "binaryword"
+printf 'binaryword\0\1\2\n' >"$D/notes.bin"
 put "$D/.git/config" "secretword"
 
 kurvo index "$D"
@@ -65,7 +65,7 @@ expect_out "$D/README" "extension-less README read as text"
 kurvo search secretword
 expect_status 1 "excluded .git folder"
 kurvo search binaryword
-expect_status 1 "files no pattern reads have no words"
+expect_status 1 "files that are not text have no words"
 kurvo search zzzunknown
 expect_status 1 "nothing found"
 expect_out "" "nothing found prints nothing"

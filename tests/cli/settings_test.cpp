@@ -82,7 +82,9 @@ TEST(DefaultPatterns, ContainersComeBeforePlainText) {
   auto gz = find("*.gz"), readme = find("*/README*");
   ASSERT_TRUE(gz < readme && readme != rules.end());
   EXPECT_EQ(gz->analyzer, "gzip");
-  EXPECT_EQ(readme->analyzer, "generic");
+  EXPECT_EQ(readme->analyzer, "utf8");
+  EXPECT_EQ(rules.back().pattern, "*");
+  EXPECT_EQ(rules.back().analyzer, "auto");
 }
 
 }  // namespace

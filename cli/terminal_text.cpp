@@ -1,0 +1,63 @@
+// Conversions through the library's UTF-8 helpers, chosen by the locale's character set.
+#include "terminal_text.h"
+
+#include <langinfo.h>
+
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "kurvo.h"
+
+namespace kurvo_cli {
+
+namespace {
+
+bool g_utf8 = false;
+
+std::string libraryToUtf8(const std::string &text) {
+  std::vector<char> out(text.size() * 3 + 1);
+  kTextToUtf8(text.c_str(), out.data(), static_cast<unsigned>(out.size()));
+  return out.data();
+}
+
+}  // namespace
+
+void detectTerminalEncoding() {
+  const char *codeset = nl_langinfo(CODESET);
+  g_utf8 = codeset && (std::strcmp(codeset, "UTF-8") == 0 || std::strcmp(codeset, "utf8") == 0);
+}
+
+bool terminalIsUtf8() { return g_utf8; }
+
+std::string asUtf8(const std::string &text) {
+  // Index text holds no NUL; the library converts up to one.
+  return libraryToUtf8(text);
+}
+
+std::string forTerminal(const std::string &text) { return g_utf8 ? asUtf8(text) : text; }
+
+const std::string &terminalCharacter(unsigned char byte) {
+  static const std::array<std::string, 256> utf8 = [] {
+    std::array<std::string, 256> table;
+    for (int c = 0; c < 256; ++c) table[c] = c == 0 ? std::string(1, '\0') : libraryToUtf8(std::string(1, static_cast<char>(c)));
+    return table;
+  }();
+  static const std::array<std::string, 256> raw = [] {
+    std::array<std::string, 256> table;
+    for (int c = 0; c < 256; ++c) table[c] = std::string(1, static_cast<char>(c));
+    return table;
+  }();
+  return g_utf8 ? utf8[byte] : raw[byte];
+}
+
+std::string fromTerminal(const std::string &text, unsigned *foreign) {
+  if (foreign) *foreign = 0;
+  if (!g_utf8) return text;
+  std::vector<char> out(text.size() + 1);
+  const unsigned count = kTextFromUtf8(text.c_str(), out.data(), static_cast<unsigned>(out.size()));
+  if (foreign) *foreign = count;
+  return out.data();
+}
+
+}  // namespace kurvo_cli
