@@ -50,7 +50,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   QueryNode query = parseUserQuery(options.query, o, global.quiet);
   noteUnsearchableTerms(query, rs, global.quiet);
 
-  IndexTermSource source(*rs.reader, o.ranking, static_cast<unsigned>(o.maxFileRead), o.proximity);
+  IndexTermSource source(*rs.reader, wordCharactersOf(o), o.ranking, static_cast<unsigned>(o.maxFileRead), o.proximity);
   ScoredFiles scored = evaluateQuery(query, source);
   std::vector<RankedFile> results;
   for (const auto &[file, score] : scored) results.push_back({file, score, rs.reader->filePath(file)});

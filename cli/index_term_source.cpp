@@ -7,6 +7,7 @@
 #include "host_error.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
+#include "proximity.h"
 #include "query_parser.h"
 
 namespace kurvo_cli {
@@ -28,24 +29,24 @@ ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
   return out;
 }
 
-bool IndexTermSource::confirmNear(uint32_t file, const std::string &viewerText, const std::string &firstTerm) {
+// Read from the file's display text, so that any distance can be asked for.
+bool IndexTermSource::confirmNear(uint32_t file, const QueryNode &near) {
+  bool holds = false;
   try {
     ContentsView view(m_reader.index(), file, m_viewLimit, m_defaultDistance);
-    if (!view.containsHit(viewerText)) return false;
-    // Every term of the clause is marked on its own too, so only a hit on
-    // the first term proves that the rest follows within the distance.
-    std::string text = view.text();
-    for (const auto &[offset, length] : view.hits(viewerText)) {
-      std::string word = foldCase(text.substr(offset, length));
-      int match = 0;
-      callLibrary([&] { match = kidxDoesWordMatch(m_reader.index(), word.c_str(), firstTerm.c_str()); });
-      if (match) return true;
-    }
+    void *index = m_reader.index();
+    holds = holdsNear(textWords(view.text(), m_chars), near, m_defaultDistance,
+                      [index](const std::string &word, const std::string &term) {
+                        if (!hasWildcard(term)) return word == term;
+                        int match = 0;
+                        callLibrary([&] { match = kidxDoesWordMatch(index, word.c_str(), term.c_str()); });
+                        return match != 0;
+                      });
   } catch (const HostError &) {
     // A file that vanished or cannot be read cannot confirm anything.
   }
   clearLibraryMessages();
-  return false;
+  return holds;
 }
 
 }  // namespace kurvo_cli

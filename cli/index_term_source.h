@@ -8,14 +8,17 @@ namespace kurvo_cli {
 
 class IndexTermSource : public TermSource {
  public:
-  IndexTermSource(IndexReader &reader, bool ranking, unsigned viewLimit, int defaultDistance)
-      : m_reader(reader), m_ranking(ranking), m_viewLimit(viewLimit), m_defaultDistance(defaultDistance) {}
+  IndexTermSource(IndexReader &reader, const WordCharacters &chars, bool ranking, unsigned viewLimit,
+                  int defaultDistance)
+      : m_reader(reader), m_chars(chars), m_ranking(ranking), m_viewLimit(viewLimit),
+        m_defaultDistance(defaultDistance) {}
 
   ScoredFiles filesForTerm(const std::string &term) override;
-  bool confirmNear(uint32_t file, const std::string &viewerText, const std::string &firstTerm) override;
+  bool confirmNear(uint32_t file, const QueryNode &near) override;
 
  private:
   IndexReader &m_reader;
+  WordCharacters m_chars;
   bool m_ranking;
   unsigned m_viewLimit;
   int m_defaultDistance;

@@ -62,9 +62,8 @@ class Evaluator {
 
   ScoredFiles near(const QueryNode &node) {
     ScoredFiles out = all(node);
-    std::string text = viewerQuery(node);
     for (auto it = out.begin(); it != out.end();) {
-      if (m_source.confirmNear(it->first, text, node.children.front().text)) ++it;
+      if (m_source.confirmNear(it->first, node)) ++it;
       else it = out.erase(it);
     }
     return out;

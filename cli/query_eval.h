@@ -19,9 +19,8 @@ class TermSource {
   virtual ~TermSource() = default;
   // The live files holding a word that matches the lower-cased term.
   virtual ScoredFiles filesForTerm(const std::string &term) = 0;
-  // Whether the file really holds the proximity clause (viewer text such as
-  // "a <3 b"), whose first term is firstTerm.
-  virtual bool confirmNear(uint32_t file, const std::string &viewerText, const std::string &firstTerm) = 0;
+  // Whether the file really holds the proximity clause or word sequence.
+  virtual bool confirmNear(uint32_t file, const QueryNode &near) = 0;
 };
 
 ScoredFiles evaluateQuery(const QueryNode &query, TermSource &source);

@@ -2,6 +2,7 @@
 #include "query_parser.h"
 
 #include <cctype>
+#include <utility>
 
 namespace kurvo_cli {
 
@@ -39,10 +40,17 @@ namespace {
 enum class TokenKind { Term, And, Or, Open, Close, Exclude, Near, End };
 
 struct Token {
+  Token(TokenKind k, std::string t) : kind(k), text(std::move(t)) {}
   TokenKind kind;
   std::string text;
   int distance = -1;
+  // A term written as one but cut by the indexer: "e-mail" has e and mail.
+  std::vector<std::string> parts;
 };
+
+bool isOperatorByte(unsigned char c) {
+  return c == '(' || c == ')' || c == '|' || c == '&' || c == '<' || std::isspace(c);
+}
 
 std::vector<Token> tokenize(const std::string &text, const WordCharacters &wordChars) {
   std::vector<Token> tokens;
@@ -54,9 +62,23 @@ std::vector<Token> tokenize(const std::string &text, const WordCharacters &wordC
   while (i < text.size()) {
     unsigned char c = static_cast<unsigned char>(text[i]);
     if (isTermByte(c)) {
-      size_t start = i;
-      while (i < text.size() && isTermByte(static_cast<unsigned char>(text[i]))) ++i;
-      tokens.push_back({TokenKind::Term, foldCase(text.substr(start, i - start))});
+      Token term{TokenKind::Term, ""};
+      for (;;) {
+        size_t start = i;
+        while (i < text.size() && isTermByte(static_cast<unsigned char>(text[i]))) ++i;
+        term.parts.push_back(foldCase(text.substr(start, i - start)));
+        // Joined by bytes that are neither word nor operator ("-", "_", "'"):
+        // the next run belongs to the same written term.
+        size_t joint = i;
+        while (joint < text.size() && !isTermByte(static_cast<unsigned char>(text[joint])) &&
+               !isOperatorByte(static_cast<unsigned char>(text[joint])))
+          ++joint;
+        if (joint == i || joint == text.size() || !isTermByte(static_cast<unsigned char>(text[joint]))) break;
+        i = joint;
+      }
+      term.text = term.parts.front();
+      for (size_t p = 1; p < term.parts.size(); ++p) term.text += "-" + term.parts[p];
+      tokens.push_back(term);
       itemStart = false;
       continue;
     }
@@ -81,9 +103,10 @@ std::vector<Token> tokenize(const std::string &text, const WordCharacters &wordC
         itemStart = true;
         break;
       }
-      case '+':
       case '-':
-        if (itemStart) tokens.push_back({TokenKind::Exclude, std::string(1, static_cast<char>(c))});
+        if (itemStart) tokens.push_back({TokenKind::Exclude, "-"});
+        break;
+      case '+':  // a required word, as every word is
         break;
       default:
         itemStart = itemStart || std::isspace(c) != 0;
@@ -151,7 +174,7 @@ class Parser {
       next();
       QueryNode node;
       node.kind = QueryKind::Exclude;
-      node.children.push_back(parsePrimary("after '+' or '-'"));
+      node.children.push_back(parsePrimary("after '-'"));
       return node;
     }
     QueryNode first = parsePrimary("here");
@@ -174,6 +197,15 @@ class Parser {
     if (t.kind == TokenKind::Term) {
       QueryNode node;
       node.text = t.text;
+      if (t.parts.size() < 2) return node;
+      node.kind = QueryKind::Near;
+      node.phrase = true;
+      for (const std::string &part : t.parts) {
+        QueryNode word;
+        word.text = part;
+        node.children.push_back(word);
+      }
+      node.distances.assign(t.parts.size() - 1, 0);
       return node;
     }
     if (t.kind == TokenKind::Open) {
@@ -217,9 +249,10 @@ std::string viewerQuery(const QueryNode &node) {
     case QueryKind::Near:
       for (size_t i = 0; i < node.children.size(); ++i) {
         if (i > 0) {
-          out += " <";
-          if (node.distances[i - 1] >= 0) out += std::to_string(node.distances[i - 1]);
-          out += " ";
+          const int distance = node.distances[i - 1];
+          const std::string digits = distance >= 0 ? std::to_string(distance) : "";
+          const bool readable = distance != 0 && digits.find('9') == std::string::npos;
+          out += readable ? " <" + digits + " " : " ";
         }
         out += node.children[i].text;
       }
@@ -235,6 +268,31 @@ std::string viewerQuery(const QueryNode &node) {
       return out;
   }
   return out;
+}
+
+void dropUnindexedParts(QueryNode &node, int minLength) {
+  for (QueryNode &child : node.children) dropUnindexedParts(child, minLength);
+  if (!node.phrase) return;
+  for (size_t i = 0; i < node.children.size() && node.children.size() > 1;) {
+    const std::string &text = node.children[i].text;
+    if (hasWildcard(text) || static_cast<int>(text.size()) >= minLength) {
+      ++i;
+      continue;
+    }
+    node.children.erase(node.children.begin() + static_cast<long>(i));
+    if (i == 0) {
+      node.distances.erase(node.distances.begin());
+    } else if (i == node.distances.size()) {
+      node.distances.pop_back();
+    } else {
+      node.distances[i - 1] += node.distances[i] + 1;
+      node.distances.erase(node.distances.begin() + static_cast<long>(i));
+    }
+  }
+  if (node.children.size() == 1) {
+    QueryNode only = node.children.front();
+    node = only;
+  }
 }
 
 std::vector<std::string> positiveTerms(const QueryNode &node) {

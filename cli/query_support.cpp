@@ -25,7 +25,9 @@ QueryNode parseUserQuery(const std::string &text, const IndexOptions &options, b
                  "the Windows-1252 punctuation); they are read as spaces between words\n";
   }
   try {
-    return parseQuery(query, wordCharactersOf(options));
+    QueryNode parsed = parseQuery(query, wordCharactersOf(options));
+    dropUnindexedParts(parsed, options.minWordLength);
+    return parsed;
   } catch (const QueryError &e) {
     throw HostError(std::string("bad query: ") + e.what() + " (see: kurvo help search)");
   }

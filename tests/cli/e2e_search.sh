@@ -36,7 +36,18 @@ $D/gamma.md" "OR, best first, ties by path"
 kurvo search 'panda -red'
 expect_out "$D/gamma.md" "exclusion with -"
 kurvo search 'panda +red'
-expect_out "$D/gamma.md" "exclusion with +"
+expect_out "$D/beta.txt" "+ requires a word"
+kurvo search -- '-red panda'
+expect_out "$D/gamma.md" "a query may start with -"
+kurvo search 'memory <9 leak'
+expect_out "$D/sub/delta.txt
+$D/sub/epsilon.txt" "a distance with the digit 9"
+kurvo search 'memory <7 leak'
+expect_out "$D/sub/delta.txt" "nine words apart is too far for 7"
+kurvo search 'leak-found'
+expect_out "$D/sub/delta.txt" "a compound is its words in sequence"
+kurvo search 'found-leak'
+expect_status 1 "in that order only"
 
 kurvo search 'fox*'
 expect_out "$D/many.txt

@@ -1,8 +1,9 @@
-// Evaluating queries: set algebra, scores, proximity confirmation, ranking.
+// Evaluating queries: set algebra, scores, proximity at any distance, ranking.
 #include <gtest/gtest.h>
 
 #include <set>
 
+#include "proximity.h"
 #include "query_eval.h"
 
 using namespace kurvo_cli;
@@ -32,8 +33,8 @@ class FakeSource : public TermSource {
     return out;
   }
 
-  bool confirmNear(uint32_t file, const std::string &text, const std::string &first) override {
-    nearTexts.push_back(text + "/" + first);
+  bool confirmNear(uint32_t file, const QueryNode &near) override {
+    nearTexts.push_back(viewerQuery(near));
     return nearFiles.count(file) > 0;
   }
 };
@@ -66,7 +67,32 @@ TEST(QueryEval, ProximityNeedsBothTermsAndTheViewer) {
   FakeSource s;
   EXPECT_EQ(run(s, "apple <2 pear"), (ScoredFiles{{3, 3}}));
   // Only files holding both terms are shown to the viewer.
-  EXPECT_EQ(s.nearTexts, (std::vector<std::string>{"apple <2 pear/apple", "apple <2 pear/apple"}));
+  EXPECT_EQ(s.nearTexts, (std::vector<std::string>{"apple <2 pear", "apple <2 pear"}));
+}
+
+TEST(QueryEval, ProximityAndSequencesAreReadFromTheWords) {
+  const std::string text =
+      "Memory was fine, but much later we saw a leak. Send an e-mail to the state-of-the-art lab; "
+      "memory leak found.";
+  const std::vector<std::string> words = textWords(text, defaultWordCharacters());
+  auto exact = [](const std::string &word, const std::string &term) {
+    return term.back() == '*' ? word.compare(0, term.size() - 1, term, 0, term.size() - 1) == 0 : word == term;
+  };
+  const struct {
+    const char *query;
+    bool holds;
+  } cases[] = {
+      {"memory <0 leak", true},  {"memory <7 leak", true},   {"leak <1 memory", false},
+      {"was <1 but", true},      {"was <0 but", false},      {"memory <19 lab", true},
+      {"saw <0 a <0 leak", true}, {"saw <0 leak", false},    {"sen* <1 e*", true},
+      {"e-mail", true},          {"mail-e", false},          {"state-of-the-art", true},
+      {"state-art", false},      {"memory < leak", true},    {"fine <3 later", true},
+  };
+  for (const auto &c : cases) {
+    QueryNode near = parseQuery(c.query, defaultWordCharacters());
+    ASSERT_EQ(near.kind, QueryKind::Near) << c.query;
+    EXPECT_EQ(holdsNear(words, near, 8, exact), c.holds) << c.query;
+  }
 }
 
 TEST(QueryEval, RankingIsScoreThenPath) {

@@ -33,36 +33,41 @@ std::string shape(const QueryNode &n) {
 
 std::string parsed(const std::string &text) { return shape(parseQuery(text, defaultWordCharacters())); }
 
-struct ParseCase {
-  const char *query;
-  const char *tree;
-};
+TEST(QueryParser, TextsParseToTrees) {
+  const std::pair<const char *, const char *> cases[] = {
+      {"Apple", "apple"}, {"apple pear", "AND(apple,pear)"}, {"apple&pear", "AND(apple,pear)"},
+      {"a1 | b1 c1", "OR(a1,AND(b1,c1))"}, {"a1 b1 | c1", "OR(AND(a1,b1),c1)"},
+      {"((a1 | b1)) c1", "AND(OR(a1,b1),c1)"},
+      // "+" requires, as every word does; "-" excludes.
+      {"apple +pear", "AND(apple,pear)"}, {"+apple -pear", "AND(apple,NOT(pear))"},
+      {"apple -(pear | plum)", "AND(apple,NOT(OR(pear,plum)))"},
+      // A term the indexer cuts in several is those words in sequence.
+      {"e-mail", "NEAR(e<0mail)"}, {"foo_bar don't", "AND(NEAR(foo<0bar),NEAR(don<0t))"},
+      {"-e-mail x1", "AND(NOT(NEAR(e<0mail)),x1)"}, {"c++ x1", "AND(c,x1)"},
+      {"col*r ?at", "AND(col*r,?at)"}, {"memory <3 leak", "NEAR(memory<3leak)"}, {"a1 < b1", "NEAR(a1<b1)"},
+      {"a1 <2 b1 <4 c1", "NEAR(a1<2b1<4c1)"}, {"x1 a1 <2 b1", "AND(x1,NEAR(a1<2b1))"},
+      {"memory <19 leak", "NEAR(memory<19leak)"},
+      {"\xC9T\xC9", "\xE9t\xE9"}, {"word, other.", "AND(word,other)"},
+  };
+  for (const auto &[query, tree] : cases) EXPECT_EQ(parsed(query), tree) << query;
+}
 
-class ParsesTo : public ::testing::TestWithParam<ParseCase> {};
+TEST(QueryParser, BadQueriesAreRejected) {
+  for (const char *query : {"   ", "-apple", "apple | -pear", "(apple", "apple)", "()", "apple |", "(a1 b1) <3 c1",
+                            "a1 <3", "a1 <99999999 b1", "e-mail <2 x1"})
+    EXPECT_THROW(parsed(query), QueryError) << query;
+}
 
-TEST_P(ParsesTo, Tree) { EXPECT_EQ(parsed(GetParam().query), GetParam().tree) << GetParam().query; }
-
-INSTANTIATE_TEST_SUITE_P(
-    QueryParser, ParsesTo,
-    ::testing::Values(ParseCase{"Apple", "apple"}, ParseCase{"apple pear", "AND(apple,pear)"},
-                      ParseCase{"apple&pear", "AND(apple,pear)"},
-                      ParseCase{"a1 | b1 c1", "OR(a1,AND(b1,c1))"}, ParseCase{"a1 b1 | c1", "OR(AND(a1,b1),c1)"},
-                      ParseCase{"((a1 | b1)) c1", "AND(OR(a1,b1),c1)"},
-                      ParseCase{"apple +pear", "AND(apple,NOT(pear))"},
-                      ParseCase{"apple -(pear | plum)", "AND(apple,NOT(OR(pear,plum)))"},
-                      ParseCase{"e-mail", "AND(e,mail)"},
-                      ParseCase{"col*r ?at", "AND(col*r,?at)"}, ParseCase{"memory <3 leak", "NEAR(memory<3leak)"},
-                      ParseCase{"a1 < b1", "NEAR(a1<b1)"},
-                      ParseCase{"a1 <2 b1 <4 c1", "NEAR(a1<2b1<4c1)"}, ParseCase{"x1 a1 <2 b1", "AND(x1,NEAR(a1<2b1))"},
-                      ParseCase{"\xC9T\xC9", "\xE9t\xE9"}, ParseCase{"word, other.", "AND(word,other)"}));
-
-class Rejects : public ::testing::TestWithParam<const char *> {};
-
-TEST_P(Rejects, WithQueryError) { EXPECT_THROW(parsed(GetParam()), QueryError) << GetParam(); }
-
-INSTANTIATE_TEST_SUITE_P(QueryParser, Rejects,
-                         ::testing::Values("   ", "-apple", "apple | -pear", "(apple", "apple)", "()",
-                                           "apple |", "(a1 b1) <3 c1", "a1 <3", "a1 <99999999 b1"));
+TEST(QueryParser, PartsTheIndexNeverHoldsAreDropped) {
+  const std::pair<const char *, const char *> cases[] = {
+      {"e-mail", "mail"}, {"state-of-the-art", "NEAR(state<1the<0art)"}, {"don't stop", "AND(don,stop)"},
+      {"foo_bar", "NEAR(foo<0bar)"}, {"x-y", "y"}};
+  for (const auto &[query, tree] : cases) {
+    QueryNode node = parseQuery(query, defaultWordCharacters());
+    dropUnindexedParts(node, 3);
+    EXPECT_EQ(shape(node), tree) << query;
+  }
+}
 
 TEST(QueryParser, ExtraWordCharactersKeepTermsWhole) {
   WordCharacters chars = defaultWordCharacters();
@@ -73,7 +78,9 @@ TEST(QueryParser, ExtraWordCharactersKeepTermsWhole) {
 TEST(QueryParser, ViewerTextMarksExclusionsWithPlus) {
   const std::pair<const char *, const char *> cases[] = {
       {"apple -(pear | plum)", "apple +(pear | plum)"}, {"(a1 | b1) c1", "(a1 | b1) c1"},
-      {"Memory <3 LEAK", "memory <3 leak"}, {"a1 < b1", "a1 < b1"}, {"in*x", "in*x"}};
+      {"Memory <3 LEAK", "memory <3 leak"}, {"a1 < b1", "a1 < b1"}, {"in*x", "in*x"},
+      // Distances the viewer cannot read leave the terms marked on their own.
+      {"a1 <19 b1", "a1 b1"}, {"e-mail", "e mail"}, {"a1 <10 b1", "a1 <10 b1"}};
   for (const auto &[query, viewer] : cases)
     EXPECT_EQ(viewerQuery(parseQuery(query, defaultWordCharacters())), viewer) << query;
 }
