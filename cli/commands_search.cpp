@@ -7,6 +7,7 @@
 #include "contents_view.h"
 #include "host_error.h"
 #include "index_term_source.h"
+#include "json_values.h"
 #include "kurvo.h"
 #include "library_callbacks.h"
 #include "output.h"
@@ -74,10 +75,8 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
       }
     }
     if (options.json) {
-      json item = {{"path", r.path},
-                   {"score", r.score},
-                   {"size", record.size},
-                   {"modified", localTime(unixFromMac(record.macTime))}};
+      json item = {{"score", r.score}, {"size", record.size}, {"modified", isoTime(unixFromMac(record.macTime))}};
+      putPath(item, "path", r.path);
       if (options.outline) item["lines"] = splitLines(asUtf8(outline));
       if (!outlineError.empty()) item["error"] = outlineError;
       jsonResults.push_back(item);

@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "host_error.h"
+#include "json_values.h"
 #include "output.h"
 #include "reading_session.h"
 
@@ -35,17 +36,17 @@ int runStats(const GlobalOptions &global, bool asJson) {
   const Settings &s = rs.settings;
   if (asJson) {
     json doc = {{"index", rs.location.name},
-                {"store", rs.location.storeDir},
-                {"folders", s.folders},
                 {"files", files},
                 {"folder_records", folders},
                 {"deleted_records", deleted},
                 {"words", words},
                 {"bytes_on_disk", total},
                 {"storage_files", sizes},
-                {"last_run", s.finishedAt ? json(localTime(s.finishedAt)) : json(nullptr)},
+                {"last_run", s.finishedAt ? json(isoTime(s.finishedAt)) : json(nullptr)},
                 {"last_run_kind", s.lastRun.kind},
                 {"last_run_seconds", s.lastRun.seconds}};
+    putPath(doc, "store", rs.location.storeDir);
+    putPaths(doc, "folders", s.folders);
     std::cout << dumpJson(doc, 2) << "\n";
     return kExitFound;
   }
