@@ -27,10 +27,11 @@ const char kDescription[] =
     "  kurvo index ~/Documents      build the index\n"
     "  kurvo search 'budget 2024'   files holding both words, best first\n"
     "  kurvo update                 take in what changed since\n\n"
-    "Read by default: plain text and source code, HTML (.htm, .html, .xhtml),\n"
-    "RTF, PDF, the members of ZIP (.zip, .jar), TAR (.tar) and gzip (.gz, .tgz)\n"
-    "archives and the messages and attachments of mailboxes (.mbox, .mbx),\n"
-    "shown as archive.zip::member; other files are listed without their words.\n"
+    "Read by default: plain text and source code (UTF-8 or Latin-1), HTML (.htm,\n"
+    ".html, .xhtml), RTF, PDF, the members of ZIP (.zip, .jar), TAR (.tar) and gzip\n"
+    "(.gz, .tgz) archives and the messages and attachments of mailboxes (.mbox,\n"
+    ".mbx), shown as archive.zip::member; files with other names by what their\n"
+    "first bytes hold, and files that are not text by name only.\n"
     "Indexes live in $KURVO_HOME (default ~/.kurvo); see `kurvo help search`\n"
     "for the query language and `kurvo help converters` for other formats.";
 
