@@ -29,6 +29,8 @@ seeds_of() {
     external_list_fuzz) echo tests/data/converters ;;
     zip_fuzz | tar_fuzz | gzip_fuzz | mbox_fuzz) echo tests/data/archives ;;
     pdf_fuzz) echo tests/data/pdf ;;
+    utf8_fuzz) echo tests/data/text ;;
+    auto_fuzz) echo tests/data/archives ;;
     *) ;;
   esac
 }
