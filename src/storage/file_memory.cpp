@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -63,6 +64,19 @@ uint32_t CFileMemory::getNewSpace(uint32_t size) {
   return offset;
 }
 
+// Gives the file its new length with its blocks reserved, so that a full
+// disk fails here rather than as a fault when the mapping is written.
+bool CFileMemory::reserve(uint32_t oldLength, uint64_t newLength) {
+  if (newLength > oldLength) {
+    const int result = posix_fallocate(m_nFileDescriptor, static_cast<off_t>(oldLength),
+                                       static_cast<off_t>(newLength - oldLength));
+    if (result == 0) return true;
+    // File systems that cannot reserve blocks are only extended.
+    if (result != EOPNOTSUPP && result != EINVAL) return false;
+  }
+  return ftruncate(m_nFileDescriptor, static_cast<off_t>(newLength)) == 0;
+}
+
 void CFileMemory::grow(uint32_t needed) {
   if (m_bMapped) {
     munmap(m_pBase, m_nLength);
@@ -83,7 +97,7 @@ void CFileMemory::grow(uint32_t needed) {
   else
     newLength = static_cast<uint64_t>(m_nLength) + m_nIncrement;
   if (needed > newLength) newLength = needed;
-  if (newLength > UINT32_MAX || ftruncate(m_nFileDescriptor, static_cast<off_t>(newLength)) != 0) {
+  if (newLength > UINT32_MAX || !reserve(oldLength, newLength)) {
     std::string size = decimal(newLength);
     clearAll();
     throwKurvoError(kurvo_keys::kMemFileExtendFail, size);

@@ -68,4 +68,5 @@ class CFileMemory {
   void writeHeader();
   void closeFile();
   void grow(uint32_t needed);
+  bool reserve(uint32_t oldLength, uint64_t newLength);
 };
