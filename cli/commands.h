@@ -13,12 +13,14 @@ struct GlobalOptions {
   std::string store;
   bool quiet = false;
   bool verbose = false;
+  bool noWait = false;  // fail at once when another run writes the index
 };
 
 // Options of `kurvo index` that change the index's settings when given.
 struct IndexCommandOptions {
   std::vector<std::string> folders;
   bool add = false;
+  std::vector<std::string> forget;  // top folders to drop (a rebuild without them)
   int minWordLength = -1;
   int maxWordLength = -1;
   int maxFileRead = -1;

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -13,6 +14,7 @@
 #include "commands.h"
 #include "host_error.h"
 #include "index_location.h"
+#include "index_lock.h"
 #include "index_reader.h"
 #include "index_session.h"
 #include "kurvo.h"
@@ -211,12 +213,16 @@ void finishRun(IndexSession &session, Progress &progress) {
 int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
                 const RunSummary &summary, int64_t startedAt, const GlobalOptions &global) {
   printLibraryNotices(global);
-  swap.commit();
   // A second early, so a file changed while this run read it is read again.
   settings.timeBase = startedAt - 1;
   settings.finishedAt = unixNow();
   settings.lastRun = summary;
-  saveSettings(loc.settingsPath, settings);
+  // The settings go into the new store, and the store is swapped in with
+  // one rename: a kill at any moment leaves the old index or the new one.
+  saveSettings(swap.workDir() + "settings.json", settings);
+  swap.commit();
+  std::error_code ignored;
+  std::filesystem::remove(loc.legacySettingsPath, ignored);
   printSummary(summary, global);
   return kExitFound;
 }
@@ -248,8 +254,25 @@ int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings se
 
 // Reads every record once: a damaged file table is refused here, before
 // pruning walks it, and the count gives the progress line its percentage.
-unsigned checkedRecordCount(void *index) {
+// A top folder that cannot be reached (an unmounted drive, a moved folder)
+// is kept as it is recorded rather than emptied.
+unsigned checkRecordsAndKeepMissing(void *index, const std::vector<std::string> &folders,
+                                    const GlobalOptions &global) {
   IndexReader reader(index);
+  for (const std::string &folder : folders) {
+    std::error_code ec;
+    if (std::filesystem::is_directory(folder, ec)) continue;
+    kidxKeepFolder(index, folder.c_str());
+    unsigned kept = 0;
+    for (const auto &entry : reader.records()) {
+      const std::string &path = reader.filePath(entry.first);
+      kept += path.size() > folder.size() && path.compare(0, folder.size() + 1, folder + "/") == 0;
+    }
+    if (!global.quiet) {
+      std::cerr << "kurvo: note: the folder " << folder << " cannot be reached; its " << kept
+                << " files are kept as they were (`kurvo index --forget " << folder << "` drops them)\n";
+    }
+  }
   return static_cast<unsigned>(reader.records().size());
 }
 
@@ -267,7 +290,7 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     void *index = session.handle();
     noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, false);
     progress.setIndex(index);
-    progress.setRecordTotal(checkedRecordCount(index));
+    progress.setRecordTotal(checkRecordsAndKeepMissing(index, settings.folders, global));
     resetCounters(index);
     kidxSetTimeBase(index, macFromUnix(settings.timeBase));
     kidxSetIsUpdate(index, 1);
@@ -301,11 +324,26 @@ std::vector<std::string> foldersToAdd(const std::vector<std::string> &given, con
   return out;
 }
 
+// The index's folders without those to forget; each must be one of them.
+std::vector<std::string> foldersLeft(const Settings &settings, const std::vector<std::string> &forget) {
+  std::vector<std::string> left = settings.folders;
+  for (const std::string &given : forget) {
+    std::string folder = std::filesystem::absolute(given).lexically_normal().string();
+    while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    auto it = std::find(left.begin(), left.end(), folder);
+    if (it == left.end()) throw HostError(folder + " is not one of the index's folders (`kurvo stats` lists them)");
+    left.erase(it);
+  }
+  if (left.empty()) throw HostError("that would leave the index without folders; remove the index folder instead");
+  return left;
+}
+
 }  // namespace
 
 int runIndex(const GlobalOptions &global, const IndexCommandOptions &options) {
   IndexLocation loc = locateIndex(global.index, global.store);
-  Settings settings = loadSettings(loc.settingsPath);
+  IndexLock lock(loc.lockPath, global.noWait, global.quiet);
+  Settings settings = loadSettings(settingsToRead(loc));
   applyCommandOptions(settings.options, options);
   bool exists = indexExists(loc);
   if (options.add) {
@@ -313,6 +351,7 @@ int runIndex(const GlobalOptions &global, const IndexCommandOptions &options) {
     if (exists) return updateRun(global, loc, settings, foldersToAdd(options.folders, settings, global));
     return fullBuild(global, loc, settings, topFolders(options.folders, global.quiet));
   }
+  if (!options.forget.empty()) return fullBuild(global, loc, settings, foldersLeft(settings, options.forget));
   std::vector<std::string> given = options.folders.empty() ? settings.folders : options.folders;
   if (given.empty()) throw HostError("name at least one folder to index, as in: kurvo index ~/Documents");
   return fullBuild(global, loc, settings, topFolders(given, global.quiet));
@@ -320,10 +359,11 @@ int runIndex(const GlobalOptions &global, const IndexCommandOptions &options) {
 
 int runUpdate(const GlobalOptions &global) {
   IndexLocation loc = locateIndex(global.index, global.store);
+  IndexLock lock(loc.lockPath, global.noWait, global.quiet);
   if (!indexExists(loc)) {
     throw HostError("there is no index \"" + loc.name + "\" yet; build it with: kurvo index FOLDER");
   }
-  return updateRun(global, loc, loadSettings(loc.settingsPath), {});
+  return updateRun(global, loc, loadSettings(settingsToRead(loc)), {});
 }
 
 }  // namespace kurvo_cli

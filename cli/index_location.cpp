@@ -52,7 +52,9 @@ IndexLocation locateIndex(const std::string &name, const std::string &storeOptio
       throw HostError("the storage folder " + dir + " must lie at least three folders deep (like /a/b/c/store)");
     }
     loc.storeDir = dir + "/";
-    loc.settingsPath = dir + ".settings.json";
+    loc.settingsPath = loc.storeDir + "settings.json";
+    loc.legacySettingsPath = dir + ".settings.json";
+    loc.lockPath = dir + ".lock";
     loc.name = dir;
     return loc;
   }
@@ -61,7 +63,9 @@ IndexLocation locateIndex(const std::string &name, const std::string &storeOptio
   }
   std::string dir = loc.home + "/indexes/" + name;
   loc.storeDir = dir + "/store/";
-  loc.settingsPath = dir + "/settings.json";
+  loc.settingsPath = loc.storeDir + "settings.json";
+  loc.legacySettingsPath = dir + "/settings.json";
+  loc.lockPath = dir + "/lock";
   loc.name = name;
   return loc;
 }
@@ -70,11 +74,18 @@ void prepareHome(const IndexLocation &location) {
   std::error_code ec;
   fs::create_directories(location.home, ec);
   if (ec) throw HostError("the kurvo home " + location.home + " cannot be created: " + ec.message());
+  // Homes made by older versions were open to every user.
+  fs::permissions(location.home, fs::perms::owner_all, fs::perm_options::replace, ec);
   std::string skip = location.home + "/skipfile.txt";
   if (!fs::exists(skip, ec)) {
     std::ofstream out(skip);
     if (!out) throw HostError("the skip-word file " + skip + " cannot be created");
   }
+}
+
+std::string settingsToRead(const IndexLocation &location) {
+  std::error_code ec;
+  return fs::exists(location.settingsPath, ec) ? location.settingsPath : location.legacySettingsPath;
 }
 
 bool indexExists(const IndexLocation &location) {

@@ -8,9 +8,16 @@ namespace kurvo_cli {
 struct IndexLocation {
   std::string home;          // kurvo home, holds skipfile.txt and externanalyzers.txt
   std::string storeDir;      // storage folder, ends in "/"
-  std::string settingsPath;  // the index's settings file, beside the store
+  // The index's settings live inside the store, so that both are replaced
+  // together; indexes made before that keep them beside the store.
+  std::string settingsPath;
+  std::string legacySettingsPath;
+  std::string lockPath;      // held by the one run that writes the index
   std::string name;          // index name, or the storage folder for --store
 };
+
+// The settings file to read: the one in the store, else the older one.
+std::string settingsToRead(const IndexLocation &location);
 
 // $KURVO_HOME (default ~/.kurvo) made absolute; created on demand.
 std::string kurvoHome();

@@ -49,6 +49,7 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetSavePassword(index, 0);
   kidxSetShowStatus(index, showStatus ? 1 : 0);
   kidxSetIsUpdate(index, 0);
+  kidxSetExactUpdates(index, 1);
   setMasks(index, options.chars);
   std::string temp = temporaryFolder(options, m_storeDir);
   std::error_code ignored;

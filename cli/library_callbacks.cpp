@@ -46,11 +46,11 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   return haltRequested() ? 0 : 1;
 }
 
-void onInterrupt(int) {
+void onInterrupt(int signal) {
   g_interrupted = 1;
-  // A second Ctrl-C ends the process at once; the stored index is untouched
-  // either way because runs work on a separate folder.
-  std::signal(SIGINT, SIG_DFL);
+  // A second Ctrl-C (or SIGTERM, SIGHUP) ends the process at once; the stored
+  // index is untouched either way because runs work on a separate folder.
+  std::signal(signal, SIG_DFL);
 }
 
 }  // namespace
@@ -60,6 +60,8 @@ void installLibraryCallbacks() {
   kSetWarningCallBack(onWarning);
   kSetStatusCallBack(onStatus);
   std::signal(SIGINT, onInterrupt);
+  std::signal(SIGTERM, onInterrupt);
+  std::signal(SIGHUP, onInterrupt);
   if (const char *halt = std::getenv("KURVO_HALT_AFTER")) g_haltAfter = std::atol(halt);
 }
 

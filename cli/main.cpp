@@ -1,4 +1,6 @@
 // kurvo: build, update and search full-text indexes of folders from the shell.
+#include <sys/stat.h>
+
 #include <clocale>
 #include <fstream>
 #include <iostream>
@@ -38,6 +40,9 @@ const char kDescription[] =
 }  // namespace
 
 int main(int argc, char **argv) {
+  // The index holds the words of private files: everything kurvo creates is
+  // for its user alone, whatever the umask.
+  ::umask(077);
   // Only the character set follows the locale: numbers and messages stay as they are.
   std::setlocale(LC_CTYPE, "");
   detectTerminalEncoding();
@@ -61,11 +66,14 @@ int main(int argc, char **argv) {
       ->type_name("DIR");
   app.add_flag("--quiet,-q", global.quiet, "no progress, notes or summary");
   app.add_flag("--verbose,-v", global.verbose, "more notes");
+  app.add_flag("--no-wait", global.noWait, "when another run is writing the index, fail at once instead of waiting");
   app.add_option("--help-man", manOutput, "write the manual page")->group("")->type_name("FILE");
 
   CLI::App *index = app.add_subcommand("index", "build the index of FOLDERs (again), or add folders with --add");
   index->add_option("folders", indexOptions.folders, "folders to index (default: those indexed before)");
   index->add_flag("--add", indexOptions.add, "add the folders to the existing index without rebuilding it");
+  index->add_option("--forget", indexOptions.forget, "drop FOLDER from the index (rebuilds it from the others)")
+      ->type_name("FOLDER");
   index->add_option("--min-word", indexOptions.minWordLength, "shortest word kept (default 3)");
   index->add_option("--max-word", indexOptions.maxWordLength, "words of up to N+1 characters are indexed, longer ones are left out (default 40)");
   index->add_option("--max-file-read", indexOptions.maxFileRead, "bytes read from one file (default 8 MB)");

@@ -12,7 +12,7 @@ ReadingSession openForReading(const GlobalOptions &global) {
   if (!indexExists(rs.location)) {
     throw HostError("there is no index \"" + rs.location.name + "\" yet; build it with: kurvo index FOLDER");
   }
-  rs.settings = loadSettings(rs.location.settingsPath);
+  rs.settings = loadSettings(settingsToRead(rs.location));
   rs.session = std::make_unique<IndexSession>(rs.location.storeDir, false);
   // The viewer and word matching read the analyzers, patterns and masks.
   rs.session->configure(rs.settings.options, rs.location.home + "/skipfile.txt", false);

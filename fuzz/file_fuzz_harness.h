@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "analyzers/file_analyzer.h"
 #include "index/kurvo_index.h"
 
 // Letters, digits and Latin-1 letters make words; maxPerFileRead small puts

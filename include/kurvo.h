@@ -260,6 +260,16 @@ KURVO_API void kidxSetUseRanking(void *index, int value);
 KURVO_API void kidxSetSavePassword(void *index, int value);
 KURVO_API void kidxSetShowStatus(void *index, int value);
 KURVO_API void kidxSetIsUpdate(void *index, int value);
+/* Beyond the classic behaviour (default 0): an update also re-reads a file,
+ * and walks a folder, whose modification time or size differs from its
+ * record, whatever the time base; so files put back older than the last run
+ * (mv, cp -p, tar x, rsync -a) are seen. */
+KURVO_API void kidxSetExactUpdates(void *index, int on);
+/* Beyond the classic behaviour: kidxPrune leaves the records below the folder
+ * path (absolute, no trailing '/') as they are, neither dropped nor read, for
+ * a folder that cannot be reached now (an unmounted drive). Each call adds a
+ * folder for the life of the index object. */
+KURVO_API void kidxKeepFolder(void *index, const char *path);
 
 /* Bounds on one run of an external converter, beyond the classic settings and
  * always in force: a converter running longer than seconds (default 120) is

@@ -14,6 +14,10 @@ KURVO_API unsigned int kidxGetContentsIndexed(void *index) {
   return asIndex(index)->ContentsIndexed;
 }
 KURVO_API unsigned int kidxGetWordsIndexed(void *index) { return asIndex(index)->WordsIndexed; }
+KURVO_API void kidxSetExactUpdates(void *index, int on) { asIndex(index)->ExactUpdates = on != 0; }
+KURVO_API void kidxKeepFolder(void *index, const char *path) {
+  if (path && *path) asIndex(index)->keptFolders.push_back(path);
+}
 KURVO_API unsigned int kidxGetFilesWithForeignText(void *index) {
   return asIndex(index)->FilesWithForeignText;
 }

@@ -153,7 +153,9 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     ++FilesIndexed;
     const uint32_t record = files->addFile(name.c_str());
     setFileRecord(*files, record, folderId, info);
-    if (analyzer) {
+    // A FIFO or device is recorded but never opened: reading one can block
+    // for ever.
+    if (analyzer && S_ISREG(info.st_mode)) {
       reportProgress(kurvo_keys::kIndexingFile,
                      fullPath + '\t' + std::to_string(DirectoriesRead));
       analyzer->indexFile(fullPath.c_str(), record);

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "storage/file_links.h"
 #include "storage/file_storage.h"
@@ -139,6 +140,12 @@ class CKurvoIndex {
   // and always in force: bytes from one stream and from the whole file.
   uint64_t PdfStreamLimit = 64ull << 20;
   uint64_t PdfFileLimit = 4ull << 30;
+  // Beyond the classic settings: an update also re-reads files whose time or
+  // size differs from their record, whatever the time base says.
+  int32_t ExactUpdates = 0;
+  // Beyond the classic settings: folders an update leaves as they are
+  // recorded, because they cannot be reached now.
+  std::vector<std::string> keptFolders;
   // Beyond the classic counters: characters the character set cannot hold,
   // met by the "utf8" analyzer, and the files that held them.
   uint64_t ForeignCharacters = 0;

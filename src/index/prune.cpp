@@ -23,6 +23,21 @@ void writeDeadParentReport(const char *name, uint32_t record, uint32_t parent,
   std::fclose(out);
 }
 
+// A file put back older than the last run (mv, cp -p, tar x, rsync -a), or
+// one whose size changed, differs from its record.
+bool differsFromRecord(const char *record, const struct stat &info) {
+  if (file_record::time(record) != static_cast<int32_t>(info.st_mtime)) return true;
+  return file_record::parent(record) != 0 && file_record::size(record) != static_cast<uint32_t>(info.st_size);
+}
+
+bool isKept(const std::vector<std::string> &folders, const std::string &path) {
+  for (const std::string &folder : folders) {
+    if (path.compare(0, folder.size(), folder) == 0 && (path.size() == folder.size() || path[folder.size()] == '/'))
+      return true;
+  }
+  return false;
+}
+
 std::string progressText(uint32_t visited, uint32_t total) {
   char text[32];
   std::snprintf(text, sizeof text, "%d/%d", static_cast<int>(visited), static_cast<int>(total));
@@ -72,18 +87,22 @@ void CKurvoIndex::prune() {
       path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
     }
 
+    if (isKept(keptFolders, path)) continue;
     struct stat info;
     if (stat(path.c_str(), &info) != 0) {
       file_record::markObsolete(files->getData(record));
       continue;
     }
     const int32_t modified = static_cast<int32_t>(info.st_mtime);
+    const bool changed = modified > TimeBase || (ExactUpdates && differsFromRecord(data, info));
 
     if (parent == 0) {
-      if (modified > TimeBase) updateDirectory(path.c_str(), record);
+      if (changed) updateDirectory(path.c_str(), record);
+      // Remembered, so that the folder is walked again only when it changes.
+      if (changed && ExactUpdates) file_record::setTime(files->getData(record), modified);
       continue;
     }
-    if (modified <= TimeBase) continue;
+    if (!changed) continue;
 
     CFileAnalyzer *analyzer = analyzerThatMatches(path.c_str());
     if (analyzer && isExcluded(path.c_str())) analyzer = nullptr;
@@ -108,6 +127,6 @@ void CKurvoIndex::prune() {
     file_record::setAttributes(current, 0);
     file_record::setParent(current, parent);
     file_record::setSize(current, size);
-    analyzer->indexFile(path.c_str(), fresh);
+    if (S_ISREG(info.st_mode)) analyzer->indexFile(path.c_str(), fresh);
   }
 }

@@ -1,0 +1,102 @@
+# End to end: one writer at a time, kills at any instant, signals, and private files.
+source "$(dirname "$0")/cli_test_helpers.sh"
+
+A="$WORK/a"
+B="$WORK/b"
+mkdir -p "$A"/d{0..19} "$B"/d{0..19}
+for i in $(seq 1 400); do printf 'alpha common word%s\n' "$i" >"$A/d$((i % 20))/f$i.txt"; done
+# Enough files that a run lasts long enough to be killed in the middle.
+for i in $(seq 1 4000); do printf 'bravo common item%s %s\n' "$i" "$A" >"$B/d$((i % 20))/g$i.txt"; done
+
+umask 022
+kurvo index "$A"
+expect_status 0 "first index"
+bad_modes="$(find "$KURVO_HOME" \( -type d ! -perm 700 \) -o \( -type f ! -perm 600 \))"
+[ -z "$bad_modes" ] || fail "everything under the kurvo home is private; not: $bad_modes"
+
+# A second writer waits, or with --no-wait fails naming the first.
+exec 9>"$KURVO_HOME/indexes/default/lock"
+flock 9
+kurvo --no-wait update
+expect_status 2 "--no-wait while another run writes"
+case "$ERR" in *"is writing this index"*) ;; *) fail "--no-wait names the writer" ;; esac
+( sleep 1; flock -u 9 ) &
+kurvo update
+expect_status 0 "a second writer waits its turn"
+case "$ERR" in *"waiting for"*) ;; *) fail "the wait is said" ;; esac
+exec 9>&-
+wait
+
+# Two updates at once give what a clean rebuild gives.
+for i in $(seq 1 60); do put "$A/d1/new$i.txt" "alpha fresh$i common"; done
+rm -f "$A"/d2/*.txt
+kurvo update & kurvo update & wait
+kurvo --index clean index "$A"
+for word in alpha common fresh17 word2 word3; do
+  kurvo search "$word"; got="$OUT"
+  kurvo --index clean search "$word"
+  [ "$got" = "$OUT" ] || fail "concurrent updates differ from a rebuild for $word"
+done
+
+# A kill at any instant leaves the old index or the new one, whole: B is
+# searchable exactly when stats lists it.
+whole() {
+  kurvo search bravo; local found=$STATUS
+  kurvo stats; local listed=1
+  case "$OUT" in *"folder:         $B"*) listed=0 ;; esac
+  [ "$found" = "$listed" ] && { kurvo search alpha; [ "$STATUS" = 0 ]; }
+}
+for round in $(seq 1 20); do
+  kurvo index "$A" -q
+  "$KURVO_BIN" index --add "$B" -q 2>/dev/null &
+  victim=$!
+  sleep "0.$(printf '%03d' $(( (round * 7) % 80 )))"
+  kill -9 "$victim" 2>/dev/null
+  wait "$victim" 2>/dev/null
+  whole || fail "round $round: the index is not whole after kill -9"
+done
+
+# SIGTERM ends a run like Ctrl-C: the old index stays and nothing is left behind.
+kurvo index "$A" -q
+"$KURVO_BIN" index "$A" "$B" -q 2>/dev/null &
+victim=$!
+sleep 0.2
+kill -TERM "$victim"
+wait "$victim"
+status=$?
+[ "$status" = 130 ] || [ "$status" = 0 ] || fail "SIGTERM: exit status $status"
+[ ! -e "$KURVO_HOME/indexes/default/store.new" ] || fail "SIGTERM left the work folder"
+whole || fail "the index is not whole after SIGTERM"
+
+# A top folder out of reach is kept, and read again when it is back.
+C="$WORK/c"
+put "$C/keep.txt" "charlie kept"
+kurvo index "$A" "$C" -q
+mv "$C" "$WORK/c-away"
+kurvo update
+expect_status 0 "update with a folder out of reach"
+case "$ERR" in *"the folder $C cannot be reached; its 1 files are kept"*) ;; *) fail "the missing folder is said" ;; esac
+kurvo search charlie
+expect_out "$C/keep.txt" "the missing folder's files stay searchable"
+mv "$WORK/c-away" "$C"
+put "$C/back.txt" "charlie returned"
+kurvo update -q
+kurvo search charlie
+expect_out "$C/back.txt
+$C/keep.txt" "the returned folder is read again"
+kurvo index --forget "$C" -q
+kurvo search charlie
+expect_status 1 "--forget drops a folder"
+
+# A file put back older than the last run, and a FIFO in a changed folder.
+put "$WORK/old.txt" "vintage words"
+touch -d '2001-01-01' "$WORK/old.txt"
+mkfifo "$A/d3/pipe"
+sleep 1
+cp -p "$WORK/old.txt" "$A/d3/f3.txt"
+timeout 60 "$KURVO_BIN" update -q
+[ $? = 0 ] || fail "update with a FIFO in a changed folder"
+kurvo search vintage
+expect_out "$A/d3/f3.txt" "a file replaced by an older copy is read again"
+
+finish
