@@ -198,6 +198,32 @@ void printSummary(const RunSummary &s, const GlobalOptions &global) {
   }
 }
 
+// What the run left out, counted by reason; each one with --verbose.
+void printSkipped(const GlobalOptions &global) {
+  if (global.quiet || skippedEntries().empty()) return;
+  static const std::map<std::string, std::string> reasons = {
+      {"folder", "folders that cannot be opened"},
+      {"file", "files that cannot be opened"},
+      {"path", "paths too long for the system"},
+      {"cut", "files read only up to --max-file-read"}};
+  std::map<std::string, unsigned> counts;
+  for (const std::string &entry : skippedEntries()) {
+    const std::string reason = entry.substr(0, entry.find('\t'));
+    ++counts[reason];
+    if (global.verbose) {
+      auto it = reasons.find(reason);
+      std::cerr << "kurvo: note: " << (it == reasons.end() ? reason : it->second) << ": "
+                << entry.substr(entry.find('\t') + 1) << "\n";
+    }
+  }
+  std::string line;
+  for (const auto &[reason, count] : counts) {
+    auto it = reasons.find(reason);
+    line += (line.empty() ? "" : ", ") + std::to_string(count) + " " + (it == reasons.end() ? reason : it->second);
+  }
+  std::cout << "Left out: " << line << (global.verbose ? "" : " (--verbose lists them)") << "\n";
+}
+
 std::string skipFileOf(const IndexLocation &loc) { return loc.home + "/skipfile.txt"; }
 
 // Compresses, stores into the work folder and closes the index.
@@ -224,6 +250,7 @@ int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
   std::error_code ignored;
   std::filesystem::remove(loc.legacySettingsPath, ignored);
   printSummary(summary, global);
+  printSkipped(global);
   return kExitFound;
 }
 
@@ -294,6 +321,8 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     resetCounters(index);
     kidxSetTimeBase(index, macFromUnix(settings.timeBase));
     kidxSetIsUpdate(index, 1);
+    // A report of a broken file table goes beside the index, not into the current folder.
+    kidxSetReportFolder(index, std::filesystem::path(loc.settingsPath).parent_path().parent_path().c_str());
     // Reopened tables stay read-only until pruning makes them writable.
     step([&] { kidxPrune(index); });
     step([&] { kidxIndexExclusions(index); });

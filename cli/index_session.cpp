@@ -12,6 +12,7 @@ namespace kurvo_cli {
 
 IndexSession::IndexSession(const std::string &storeDir, bool create) : m_storeDir(storeDir) {
   clearLibraryMessages();
+  setStorageFolder(storeDir);
   m_index = kCreateNewIndex(create ? 1 : 0, storeDir.c_str());
   if (!m_index) {
     throwIfLibraryFailed();
@@ -50,6 +51,7 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetShowStatus(index, showStatus ? 1 : 0);
   kidxSetIsUpdate(index, 0);
   kidxSetExactUpdates(index, 1);
+  kidxSetReportSkipped(index, 1);
   setMasks(index, options.chars);
   std::string temp = temporaryFolder(options, m_storeDir);
   std::error_code ignored;

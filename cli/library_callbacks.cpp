@@ -2,8 +2,12 @@
 // progress line, and Ctrl-C turns the next status answer into "stop".
 #include "library_callbacks.h"
 
+#include <sys/statvfs.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <set>
 #include <string>
 
@@ -11,6 +15,7 @@
 #include "host_error.h"
 #include "kurvo.h"
 #include "messages.h"
+#include "output.h"
 
 namespace kurvo_cli {
 
@@ -20,6 +25,8 @@ std::vector<LibraryMessage> g_errors;
 std::vector<LibraryMessage> g_warnings;
 std::vector<LibraryMessage> g_notices;
 StatusListener g_listener;
+std::string g_storageFolder;
+std::vector<std::string> g_skipped;
 volatile std::sig_atomic_t g_interrupted = 0;
 // Test hook: KURVO_HALT_AFTER=N answers "stop" from the N-th library status on.
 long g_haltAfter = 0;
@@ -38,12 +45,40 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   // Statuses that the user must see whether or not progress is shown.
   static const std::set<std::string> notices = {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge",
                                                 "PdfTooLarge"};
+  if (key && std::string(key) == "FileSkipped") {
+    g_skipped.push_back(argument ? argument : "");
+    return 1;
+  }
   if (key && notices.count(key)) {
     g_notices.push_back({key, argument ? argument : ""});
     return 1;
   }
   if (g_listener) g_listener(key ? key : "", argument ? argument : "");
   return haltRequested() ? 0 : 1;
+}
+
+// "; the disk holding F has 1.2 MB free; the previous index is unchanged".
+std::string roomLeft(const std::string &folder) {
+  struct statvfs disk {};
+  if (::statvfs(folder.c_str(), &disk) != 0) return "";
+  const double free = static_cast<double>(disk.f_bavail) * static_cast<double>(disk.f_frsize);
+  return "; the disk holding " + folder + " has " + humanBytes(free) + " free; the previous index is unchanged";
+}
+
+// A store that cannot be opened: missing, not ours to read, or damaged. The
+// library names the store's folder or one of its files.
+std::string describeStore(const std::string &named) {
+  std::error_code ec;
+  std::string folder = named;
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  if (!std::filesystem::is_directory(folder, ec)) folder = std::filesystem::path(folder).parent_path().string();
+  if (folder.empty() || !std::filesystem::exists(folder + "/hash", ec)) {
+    return "there is no index at " + folder + "; build one with `kurvo index FOLDER`";
+  }
+  if (::access(folder.c_str(), R_OK | X_OK) != 0 || ::access((folder + "/hash").c_str(), R_OK) != 0) {
+    return "the index at " + folder + " cannot be read: permission denied (it belongs to another user?)";
+  }
+  return "the index at " + folder + " is damaged; rebuild it with `kurvo index`";
 }
 
 void onInterrupt(int signal) {
@@ -76,11 +111,18 @@ void clearLibraryNotices() { g_notices.clear(); }
 
 const std::vector<LibraryMessage> &libraryNotices() { return g_notices; }
 
+void setStorageFolder(const std::string &folder) { g_storageFolder = folder; }
+
+const std::vector<std::string> &skippedEntries() { return g_skipped; }
+
 void throwIfLibraryFailed() {
   if (g_errors.empty()) return;
   const LibraryMessage &first = g_errors.front();
   if (first.key == "HaltRequested") throw HostError("interrupted; the index was left as it was", kExitInterrupted);
-  throw HostError(describeMessage(first.key, first.argument));
+  if (first.key == "StorageReadError") throw HostError(describeStore(first.argument));
+  std::string text = describeMessage(first.key, first.argument);
+  if (first.key == "MemFileExtendFail" && !g_storageFolder.empty()) text += roomLeft(g_storageFolder);
+  throw HostError(text);
 }
 
 bool haltRequested() {

@@ -42,6 +42,13 @@ auto callLibrary(F &&f) -> decltype(f()) {
   }
 }
 
+// Files and folders the run left out or read in part, as "reason<TAB>path".
+const std::vector<std::string> &skippedEntries();
+
+// The folder a run writes its index into; errors about storage files that
+// cannot grow then say how much room its disk has left.
+void setStorageFolder(const std::string &folder);
+
 // True once Ctrl-C was pressed (or the test hook asked to halt).
 bool haltRequested();
 

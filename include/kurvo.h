@@ -270,6 +270,17 @@ KURVO_API void kidxSetExactUpdates(void *index, int on);
  * a folder that cannot be reached now (an unmounted drive). Each call adds a
  * folder for the life of the index object. */
 KURVO_API void kidxKeepFolder(void *index, const char *path);
+/* Beyond the classic behaviour: the folder into which kidxPrune writes
+ * "deadkurvo.txt" when it finds a broken file table (NULL or "": the current
+ * folder, as classic hosts have it). */
+KURVO_API void kidxSetReportFolder(void *index, const char *path);
+/* Beyond the classic behaviour (default 0): the status "FileSkipped" is sent
+ * (whatever ShowStatus) for each file or folder the walk leaves out or reads in
+ * part; its argument is the reason, a TAB and the path. Reasons: "folder" (a
+ * folder that cannot be opened), "file" (a file that cannot be opened),
+ * "path" (a name too long for the system) and "cut" (a text file longer than
+ * MaxPerFileRead, read up to it). */
+KURVO_API void kidxSetReportSkipped(void *index, int on);
 
 /* Bounds on one run of an external converter, beyond the classic settings and
  * always in force: a converter running longer than seconds (default 120) is

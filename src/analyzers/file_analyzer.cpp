@@ -76,6 +76,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
 
     if (totalRead >= maxRead) {
       index.partialWord[0] = '\0';
+      if (index.ReportSkipped && maxRead > 0 && std::fgetc(file.get()) != EOF) index.reportSkipped("cut", path);
       break;
     }
     // Only an empty carry is moved to the front of the buffer; a word cut by

@@ -152,8 +152,12 @@ bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
     if (last) break;
   }
   // A word running into the read limit may be cut short: it is left out.
-  if (cut) words.drop();
-  else words.finish();
+  if (cut) {
+    words.drop();
+    index.reportSkipped("cut", path);
+  } else {
+    words.finish();
+  }
   countForeign(index, decoder);
   index.ContentsIndexed += 1;
   return true;

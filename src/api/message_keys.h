@@ -48,5 +48,9 @@ inline constexpr const char kArchiveTooLarge[] = "ArchiveTooLarge";
 // Beyond the classic keys: a PDF whose streams inflate to more than its
 // bounds; the argument is its path. Said once per file; the run goes on.
 inline constexpr const char kPdfTooLarge[] = "PdfTooLarge";
+// Beyond the classic keys, sent only when asked for (kidxSetReportSkipped): a
+// file or folder left out or read in part; the argument is the reason
+// ("folder", "file", "path" or "cut"), a TAB and the path.
+inline constexpr const char kFileSkipped[] = "FileSkipped";
 
 }  // namespace kurvo_keys

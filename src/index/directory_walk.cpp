@@ -2,6 +2,7 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -81,7 +82,10 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
   // Counted before opening, so unreadable folders show up in the count too.
   ++DirectoriesRead;
   FolderReader folder(folderPath);
-  if (!folder.isOpen()) return;
+  if (!folder.isOpen()) {
+    reportSkipped(errno == ENAMETOOLONG ? "path" : "folder", folderPath);
+    return;
+  }
 
   const bool atRoot = std::strcmp(folderPath, "/") == 0;
   std::string name;
@@ -93,7 +97,11 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
 
     // lstat: links are left out of a first indexing.
     struct stat info;
-    if (lstat(fullPath.c_str(), &info) != 0 || S_ISLNK(info.st_mode)) continue;
+    if (lstat(fullPath.c_str(), &info) != 0) {
+      reportSkipped(errno == ENAMETOOLONG ? "path" : "file", fullPath);
+      continue;
+    }
+    if (S_ISLNK(info.st_mode)) continue;
 
     if (S_ISDIR(info.st_mode)) {
       if (isExcluded(fullPath.c_str())) continue;
@@ -114,7 +122,7 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
         record = files->addFile(name.c_str());
       }
       setFileRecord(*files, record, parentId, info);
-      if (analyzer) analyzer->indexFile(fullPath.c_str(), record);
+      if (analyzer && !analyzer->indexFile(fullPath.c_str(), record)) reportSkipped("file", fullPath);
     }
   }
 }
@@ -125,7 +133,10 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     return;
   }
   FolderReader folder(folderPath);
-  if (!folder.isOpen()) return;
+  if (!folder.isOpen()) {
+    reportSkipped(errno == ENAMETOOLONG ? "path" : "folder", folderPath);
+    return;
+  }
 
   std::string name;
   while (folder.next(name)) {
@@ -158,7 +169,7 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     if (analyzer && S_ISREG(info.st_mode)) {
       reportProgress(kurvo_keys::kIndexingFile,
                      fullPath + '\t' + std::to_string(DirectoriesRead));
-      analyzer->indexFile(fullPath.c_str(), record);
+      if (!analyzer->indexFile(fullPath.c_str(), record)) reportSkipped("file", fullPath);
     }
   }
 }

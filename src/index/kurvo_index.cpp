@@ -135,6 +135,10 @@ std::string CKurvoIndex::configurationFolder() const {
   return storagePath.substr(0, cut + 1);
 }
 
+void CKurvoIndex::reportSkipped(const char *reason, const std::string &path) {
+  if (ReportSkipped) setStatus(kurvo_keys::kFileSkipped, std::string(reason) + '\t' + path);
+}
+
 void CKurvoIndex::reportProgress(const char *key, const std::string &argument) {
   if (ShowStatus == 0) return;
   time_t now = std::time(nullptr);

@@ -81,6 +81,9 @@ class CKurvoIndex {
   // Progress at most once a second while ShowStatus is set: reports key with
   // argument and raises "HaltRequested" when the host answers 0.
   void reportProgress(const char *key, const std::string &argument);
+  // Beyond the classic statuses, when ReportSkipped is set: a file or folder
+  // left out, or read only in part ("FileSkipped", "reason<TAB>path").
+  void reportSkipped(const char *reason, const std::string &path);
   // The folder three levels above the storage folder's own name, with its
   // trailing '/' (where "skipfile.txt" and "externanalyzers.txt" live).
   std::string configurationFolder() const;
@@ -146,6 +149,10 @@ class CKurvoIndex {
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;
+  // Beyond the classic settings: where "deadkurvo.txt" goes (empty: the
+  // current folder).
+  std::string reportFolder;
+  int32_t ReportSkipped = 0;
   // Beyond the classic counters: characters the character set cannot hold,
   // met by the "utf8" analyzer, and the files that held them.
   uint64_t ForeignCharacters = 0;

@@ -12,10 +12,12 @@
 namespace {
 
 // A record whose parent cannot be fetched means the file table is broken;
-// leave what we know in the current folder before giving up.
-void writeDeadParentReport(const char *name, uint32_t record, uint32_t parent,
+// leave what we know in the report folder (the current one by default)
+// before giving up.
+void writeDeadParentReport(const std::string &folder, const char *name, uint32_t record, uint32_t parent,
                            uint32_t lastParentFetched) {
-  FILE *out = std::fopen("deadkurvo.txt", "w");
+  const std::string path = folder.empty() ? "deadkurvo.txt" : folder + "/deadkurvo.txt";
+  FILE *out = std::fopen(path.c_str(), "w");
   if (!out) return;
   std::fprintf(out, "Name %s\nnFile %x\npFileInfo->m_nParent %x\npFolderInfo %x\n", name,
                static_cast<unsigned>(record), static_cast<unsigned>(parent),
@@ -77,7 +79,7 @@ void CKurvoIndex::prune() {
         try {
           throwKurvoError(kurvo_keys::kAssertionFailed, "");
         } catch (int) {
-          writeDeadParentReport(file_record::name(data), record, parent, lastParentFetched);
+          writeDeadParentReport(reportFolder, file_record::name(data), record, parent, lastParentFetched);
           throwKurvoError(kurvo_keys::kPruneParentError, "");
         }
       }
@@ -127,6 +129,6 @@ void CKurvoIndex::prune() {
     file_record::setAttributes(current, 0);
     file_record::setParent(current, parent);
     file_record::setSize(current, size);
-    if (S_ISREG(info.st_mode)) analyzer->indexFile(path.c_str(), fresh);
+    if (S_ISREG(info.st_mode) && !analyzer->indexFile(path.c_str(), fresh)) reportSkipped("file", path);
   }
 }

@@ -88,6 +88,32 @@ kurvo index --forget "$C" -q
 kurvo search charlie
 expect_status 1 "--forget drops a folder"
 
+# A full disk ends the run with a message; the old index stays, nothing is left behind.
+T="$WORK/tiny"
+mkdir -p "$T" "$WORK/many"
+if [ "$(id -u)" = 0 ] && mount -t tmpfs -o size=3m tmpfs "$T" 2>/dev/null; then
+  head -c 3000000 /dev/urandom | base64 -w 60 >"$WORK/many/words.txt"
+  KURVO_HOME="$T/home" kurvo index "$A" -q
+  KURVO_HOME="$T/home" kurvo index "$WORK/many"
+  expect_status 2 "a run that fills the disk"
+  case "$ERR" in *"free; the previous index is unchanged"*) ;; *) fail "the full disk is explained" ;; esac
+  KURVO_HOME="$T/home" kurvo search alpha
+  expect_status 0 "the previous index after a full disk"
+  [ -z "$(ls -d "$T"/home/indexes/default/store.* 2>/dev/null)" ] || fail "a full disk left the work folder"
+  umount "$T"
+else
+  echo "note: full-disk check skipped (needs root and tmpfs)" >&2
+fi
+
+# What the walk leaves out is counted, and listed with --verbose.
+L="$WORK/long"
+mkdir -p "$L"
+( cd "$L" && for i in $(seq 1 20); do d=$(printf 'd%.0s' $(seq 1 250)); mkdir "$d" && cd "$d" || exit 1; done; echo deep >deep.txt )
+head -c 3000 /dev/zero | tr '\0' 'a' >"$L/big.txt"
+kurvo --index skips index "$L" --max-file-read 1024 --verbose
+expect_contains "Left out: 1 files read only up to --max-file-read, 1 paths too long for the system" "skips counted by reason"
+case "$ERR" in *"files read only up to --max-file-read: $L/big.txt"*) ;; *) fail "--verbose lists what was cut" ;; esac
+
 # A file put back older than the last run, and a FIFO in a changed folder.
 put "$WORK/old.txt" "vintage words"
 touch -d '2001-01-01' "$WORK/old.txt"
