@@ -2,7 +2,12 @@
 // from the settings (word lengths, character classes, analyzers, patterns).
 #include "index_session.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 #include <filesystem>
+#include <functional>
 
 #include "host_error.h"
 #include "kurvo.h"
@@ -35,6 +40,35 @@ void setMasks(void *index, const CharClasses &chars) {
   }
 }
 
+// Extracted members and converted files hold whole texts. The default folder
+// lies inside the (private) store; a folder given with --temp may be shared,
+// so kurvo works in a folder of its own there, made for this user alone, and
+// refuses one that someone else made.
+std::string privateTemporaryFolder(const IndexOptions &options, const std::string &storeDir) {
+  std::string temp = temporaryFolder(options, storeDir);
+  std::error_code ignored;
+  if (options.tempDir.empty()) {
+    std::filesystem::create_directories(temp, ignored);
+    return temp;
+  }
+  // Named after the store, the same for a run's work folder ("store.new/")
+  // and the store it becomes, so that the viewer finds what a run kept.
+  std::string store = storeDir;
+  const std::string work = ".new/";
+  if (store.size() > work.size() && store.compare(store.size() - work.size(), work.size(), work) == 0)
+    store.replace(store.size() - work.size(), work.size(), "/");
+  char id[32];
+  std::snprintf(id, sizeof id, "%lx", static_cast<unsigned long>(std::hash<std::string>{}(store)));
+  temp += "/kurvo-" + std::to_string(::getuid()) + "-" + id;
+  ::mkdir(temp.c_str(), 0700);
+  struct stat info {};
+  if (::lstat(temp.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != ::getuid() ||
+      (info.st_mode & 077) != 0) {
+    throw HostError(temp + " is not a private folder of this user; give another --temp");
+  }
+  return temp;
+}
+
 }  // namespace
 
 std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, const std::string &skipFile,
@@ -53,9 +87,7 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetExactUpdates(index, 1);
   kidxSetReportSkipped(index, 1);
   setMasks(index, options.chars);
-  std::string temp = temporaryFolder(options, m_storeDir);
-  std::error_code ignored;
-  std::filesystem::create_directories(temp, ignored);
+  const std::string temp = privateTemporaryFolder(options, m_storeDir);
   kidxSetTemporaryDirectory(index, temp.c_str());
   kidxSetConverterTimeLimit(index, options.converterTimeout);
   kidxSetConverterOutputLimit(index, options.converterMaxOutput);
