@@ -239,6 +239,13 @@ void finishRun(IndexSession &session, Progress &progress) {
 int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
                 const RunSummary &summary, int64_t startedAt, const GlobalOptions &global) {
   printLibraryNotices(global);
+  // A member or converted file that could not be written (a full disk)
+  // would leave words out unseen: the run ends and the old index stays.
+  for (const std::string &entry : skippedEntries()) {
+    if (entry.rfind("write\t", 0) == 0) {
+      throw HostError("a temporary copy could not be written: " + entry.substr(6) + storageRoomNote());
+    }
+  }
   // A second early, so a file changed while this run read it is read again.
   settings.timeBase = startedAt - 1;
   settings.finishedAt = unixNow();

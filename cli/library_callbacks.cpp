@@ -115,13 +115,15 @@ void setStorageFolder(const std::string &folder) { g_storageFolder = folder; }
 
 const std::vector<std::string> &skippedEntries() { return g_skipped; }
 
+std::string storageRoomNote() { return g_storageFolder.empty() ? "" : roomLeft(g_storageFolder); }
+
 void throwIfLibraryFailed() {
   if (g_errors.empty()) return;
   const LibraryMessage &first = g_errors.front();
   if (first.key == "HaltRequested") throw HostError("interrupted; the index was left as it was", kExitInterrupted);
   if (first.key == "StorageReadError") throw HostError(describeStore(first.argument));
   std::string text = describeMessage(first.key, first.argument);
-  if (first.key == "MemFileExtendFail" && !g_storageFolder.empty()) text += roomLeft(g_storageFolder);
+  if (first.key == "MemFileExtendFail") text += storageRoomNote();
   throw HostError(text);
 }
 

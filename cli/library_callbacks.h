@@ -48,6 +48,8 @@ const std::vector<std::string> &skippedEntries();
 // The folder a run writes its index into; errors about storage files that
 // cannot grow then say how much room its disk has left.
 void setStorageFolder(const std::string &folder);
+// "; the disk holding F has N free; the previous index is unchanged", or "".
+std::string storageRoomNote();
 
 // True once Ctrl-C was pressed (or the test hook asked to halt).
 bool haltRequested();

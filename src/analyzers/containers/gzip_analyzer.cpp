@@ -14,10 +14,10 @@ namespace {
 
 constexpr unsigned kChunkSize = 65535;
 
-// Unpacks the whole of gz into path; false when path cannot be created.
+// Unpacks the whole of gz into path; false when path cannot be created or written.
 // An error in the compressed data ends the copy like its end does.
 // What lies past the unpacking bounds is left out.
-bool unpack(gzFile gz, const char *path, uint32_t &bytes, ArchiveLevel &level) {
+bool unpack(CKurvoIndex &index, gzFile gz, const char *path, uint32_t &bytes, ArchiveLevel &level) {
   FILE *out = std::fopen(path, "wb");
   if (!out) return false;
   std::unique_ptr<char[]> chunk(new char[kChunkSize]);
@@ -31,8 +31,7 @@ bool unpack(gzFile gz, const char *path, uint32_t &bytes, ArchiveLevel &level) {
     bytes += static_cast<uint32_t>(keep);
     if (keep < static_cast<size_t>(got)) break;
   }
-  std::fclose(out);
-  return true;
+  return closeTempFile(index, out, path);
 }
 
 }  // namespace
@@ -67,7 +66,7 @@ bool CGZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   gzFile gz = gzopen(path, "rb");
   if (!gz) return false;
   uint32_t bytes = 0;
-  if (unpack(gz, temp.c_str(), bytes, level)) {
+  if (unpack(index, gz, temp.c_str(), bytes, level)) {
     if (char *data = index.files->getData(innerId)) file_record::setSize(data, bytes);
     analyzer->indexFile(temp.c_str(), innerId);
     std::remove(temp.c_str());
@@ -82,7 +81,7 @@ bool CGZipAnalyzer::extractToTempFile(const char *archivePath, const char *, con
   if (!gz) return false;
   ArchiveLevel level(*m_pIndex, archivePath);
   uint32_t bytes = 0;
-  const bool created = unpack(gz, tempPath, bytes, level);
+  const bool created = unpack(*m_pIndex, gz, tempPath, bytes, level);
   gzclose(gz);
   return created;
 }

@@ -296,8 +296,7 @@ void CMBoxAnalyzer::processMessageText(const char *name, time_t time, unsigned l
   if (!out) return;
   if (decodeBase64) writeBase64(out, data, length);
   else std::fwrite(data, 1, length, out);
-  std::fclose(out);
-  analyzer->indexFile(cachePath, record);
+  if (closeTempFile(index, out, cachePath)) analyzer->indexFile(cachePath, record);
 }
 
 bool CMBoxAnalyzer::indexFile(const char *path, unsigned long fileNumber) {

@@ -49,6 +49,14 @@ std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *base
   return path;
 }
 
+bool closeTempFile(CKurvoIndex &index, FILE *out, const char *path) {
+  const bool written = std::ferror(out) == 0;
+  if (std::fclose(out) == 0 && written) return true;
+  std::remove(path);
+  index.reportSkipped("write", path);
+  return false;
+}
+
 void reportMemberBytes(CKurvoIndex &index, const char *archivePath) {
   if (index.ShowStatus <= 1) return;
   char number[64];

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 class CFileAnalyzer;
@@ -23,6 +24,10 @@ bool memberUnchanged(CKurvoIndex &index, const char *fullName, uint32_t parent, 
 
 // "<temporary folder>/<member number><base name>", at most 1,023 bytes.
 std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *baseName);
+
+// Closes a temporary copy written for a member. When a write failed (a full
+// disk) the copy is removed, reported as skipped ("write") and false returned.
+bool closeTempFile(CKurvoIndex &index, FILE *out, const char *path);
 
 // Tells the host the running byte count after a piece of archivePath (status level above 1).
 void reportMemberBytes(CKurvoIndex &index, const char *archivePath);

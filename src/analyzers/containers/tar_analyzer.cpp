@@ -113,8 +113,7 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
       // header is looked for inside it: kept as existing indexes have it.
       if (FILE *out = std::fopen(temp.c_str(), "wb")) {
         copyBytes(archive, out, padded, piece.get(), level);
-        std::fclose(out);
-        analyzer->indexFile(temp.c_str(), member);
+        if (closeTempFile(index, out, temp.c_str())) analyzer->indexFile(temp.c_str(), member);
       }
       std::remove(temp.c_str());
       continue;
@@ -164,8 +163,7 @@ bool CTarAnalyzer::extractToTempFile(const char *archivePath, const char *member
     if (FILE *out = std::fopen(tempPath, "wb")) {
       std::unique_ptr<char[]> piece(new char[kPiece]);
       copyBytes(archive, out, header.size, piece.get(), level);
-      std::fclose(out);
-      extracted = true;
+      extracted = closeTempFile(*m_pIndex, out, tempPath);
     }
     break;
   }

@@ -41,11 +41,12 @@ time_t memberTime(const tm_unz &date) {
   return std::mktime(&local);
 }
 
-// Copies the open member into path; false when the file cannot be created.
+// Copies the open member into path; false when the file cannot be created or written.
 // lastRead is the last read's result: 0 at the member's clean end, negative
 // after a decompression or write error.
 // A member cut at the unpacking bounds ends there as if cleanly.
-bool copyMember(unzFile archive, const char *path, char *chunk, int &lastRead, ArchiveLevel &level) {
+bool copyMember(CKurvoIndex &index, unzFile archive, const char *path, char *chunk, int &lastRead,
+                ArchiveLevel &level) {
   lastRead = -1;
   FILE *out = std::fopen(path, "wb");
   if (!out) return false;
@@ -62,8 +63,7 @@ bool copyMember(unzFile archive, const char *path, char *chunk, int &lastRead, A
       break;
     }
   }
-  std::fclose(out);
-  return true;
+  return closeTempFile(index, out, path);
 }
 
 }  // namespace
@@ -110,7 +110,7 @@ bool CZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
         if (!analyzer->canUseIndexBuffer()) {
           const std::string temp = memberTempPath(index, member, baseName);
           int lastRead = 0;
-          if (copyMember(archive, temp.c_str(), chunk.get(), lastRead, level) && lastRead == 0)
+          if (copyMember(index, archive, temp.c_str(), chunk.get(), lastRead, level) && lastRead == 0)
             analyzer->indexFile(temp.c_str(), member);
           std::remove(temp.c_str());
         } else {
@@ -155,7 +155,7 @@ bool CZipAnalyzer::extractToTempFile(const char *archivePath, const char *member
   std::unique_ptr<char[]> chunk(new char[kChunkSize + 1]);
   // A read error midway still counts as extracted: the file exists.
   int lastRead = 0;
-  const bool created = copyMember(archive, tempPath, chunk.get(), lastRead, level);
+  const bool created = copyMember(*m_pIndex, archive, tempPath, chunk.get(), lastRead, level);
   unzCloseCurrentFile(archive);
   unzClose(archive);
   return created;
