@@ -4,6 +4,8 @@
 #include <langinfo.h>
 
 #include <array>
+#include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -21,11 +23,25 @@ std::string libraryToUtf8(const std::string &text) {
   return out.data();
 }
 
+// The locale the environment names, for when its files are missing (as for
+// a program run under an emulator): the first of LC_ALL, LC_CTYPE and LANG set.
+bool environmentNamesUtf8() {
+  for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char *value = std::getenv(name);
+    if (!value || !*value) continue;
+    std::string lower;
+    for (const char *c = value; *c; ++c) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(*c)));
+    return lower.find("utf-8") != std::string::npos || lower.find("utf8") != std::string::npos;
+  }
+  return false;
+}
+
 }  // namespace
 
 void detectTerminalEncoding() {
   const char *codeset = nl_langinfo(CODESET);
   g_utf8 = codeset && (std::strcmp(codeset, "UTF-8") == 0 || std::strcmp(codeset, "utf8") == 0);
+  if (!g_utf8 && (!codeset || std::strcmp(codeset, "ANSI_X3.4-1968") == 0)) g_utf8 = environmentNamesUtf8();
 }
 
 bool terminalIsUtf8() { return g_utf8; }
