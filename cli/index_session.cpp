@@ -85,6 +85,8 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetShowStatus(index, showStatus ? 1 : 0);
   kidxSetIsUpdate(index, 0);
   kidxSetExactUpdates(index, 1);
+  kidxSetSizedListBlocks(index, 1);
+  kidxSetGrowByRequest(index, 1);
   kidxSetReportSkipped(index, 1);
   setMasks(index, options.chars);
   const std::string temp = privateTemporaryFolder(options, m_storeDir);

@@ -265,6 +265,15 @@ KURVO_API void kidxSetIsUpdate(void *index, int value);
  * record, whatever the time base; so files put back older than the last run
  * (mv, cp -p, tar x, rsync -a) are seen. */
 KURVO_API void kidxSetExactUpdates(void *index, int on);
+/* Beyond the classic behaviour (default 0): kidxCompressLinks gives a word's
+ * new list block room for the files it gained in this run only, and none to a
+ * word that gained none, so an update that changes nothing leaves "links" as
+ * it was. A first build stores the same bytes either way. */
+KURVO_API void kidxSetSizedListBlocks(void *index, int on);
+/* Beyond the classic behaviour (default 0): a list block larger than the
+ * links table's growth step (1,048,575 bytes, a word in about 210,000 files)
+ * is stored instead of refused with "GetHugeSpace". */
+KURVO_API void kidxSetGrowByRequest(void *index, int on);
 /* Beyond the classic behaviour: kidxPrune leaves the records below the folder
  * path (absolute, no trailing '/') as they are, neither dropped nor read, for
  * a folder that cannot be reached now (an unmounted drive). Each call adds a

@@ -15,6 +15,8 @@ KURVO_API unsigned int kidxGetContentsIndexed(void *index) {
 }
 KURVO_API unsigned int kidxGetWordsIndexed(void *index) { return asIndex(index)->WordsIndexed; }
 KURVO_API void kidxSetExactUpdates(void *index, int on) { asIndex(index)->ExactUpdates = on != 0; }
+KURVO_API void kidxSetSizedListBlocks(void *index, int on) { asIndex(index)->SizedListBlocks = on != 0; }
+KURVO_API void kidxSetGrowByRequest(void *index, int on) { asIndex(index)->GrowByRequest = on != 0; }
 KURVO_API void kidxSetReportSkipped(void *index, int on) { asIndex(index)->ReportSkipped = on != 0; }
 KURVO_API void kidxSetReportFolder(void *index, const char *path) { asIndex(index)->reportFolder = path ? path : ""; }
 KURVO_API void kidxKeepFolder(void *index, const char *path) {

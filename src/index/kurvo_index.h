@@ -146,6 +146,11 @@ class CKurvoIndex {
   // Beyond the classic settings: an update also re-reads files whose time or
   // size differs from their record, whatever the time base says.
   int32_t ExactUpdates = 0;
+  // Beyond the classic settings: list blocks sized by the files a word gains
+  // in a run (none for a word that gains none), and tables that grow by a
+  // request larger than their growth step.
+  int32_t SizedListBlocks = 0;
+  int32_t GrowByRequest = 0;
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;

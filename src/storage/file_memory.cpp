@@ -53,7 +53,7 @@ CFileMemory::~CFileMemory() {
 }
 
 uint32_t CFileMemory::getNewSpace(uint32_t size) {
-  if (size > m_nIncrement) throwKurvoError(kurvo_keys::kGetHugeSpace, decimal(size));
+  if (size > m_nIncrement && !m_bGrowByRequest) throwKurvoError(kurvo_keys::kGetHugeSpace, decimal(size));
   uint32_t offset = m_nUsed;
   uint64_t end = static_cast<uint64_t>(offset) + size;
   // Records are written in place right after allocation, so a region that

@@ -46,6 +46,9 @@ class CFileMemory {
   uint32_t getLength() const { return m_nLength; }
   uint32_t getInitialSize() const { return m_nInitialSize; }
   uint32_t getIncrement() const { return m_nIncrement; }
+  // Beyond the classic behaviour: a request larger than the growth step is
+  // granted (the file grows by the request) instead of refused.
+  void setGrowByRequest(bool on) { m_bGrowByRequest = on; }
   bool isMapped() const { return m_bMapped != 0; }
   bool isWritable() const { return m_bWritable != 0; }
 
@@ -56,6 +59,7 @@ class CFileMemory {
   int32_t m_bWritable = 0;
   uint32_t m_nInitialSize = 0;
   uint32_t m_nIncrement = 0;
+  bool m_bGrowByRequest = false;
   uint32_t m_nLength = 0;
   uint32_t m_nUsed = 0;
   char *m_pBase = nullptr;

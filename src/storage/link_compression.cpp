@@ -1,6 +1,7 @@
 // Turning the word links of a run into one new file-list block per word.
 #include <cstdio>
 #include <string>
+#include <unordered_map>
 
 #include "api/message_keys.h"
 #include "api/reporting.h"
@@ -17,10 +18,34 @@ std::string rangeText(uint32_t from, uint32_t to) {
   return text;
 }
 
+// Whether the pair (file, word) goes into the word's new block.
+bool takesSlot(const char *data, uint32_t file) {
+  return load32(data + word_data::kEarlierFiles) >= 1 && file != load32(data + word_data::kCurrentFile);
+}
+
+// The slots each word fills in this run: what the second pass will write.
+std::unordered_map<uint32_t, uint32_t> slotsOfRun(CKurvoIndex &index) {
+  std::unordered_map<uint32_t, uint32_t> slots;
+  const CWordLinks &wordLinks = *index.wordLinks;
+  uint32_t position = 16;
+  for (uint32_t file = wordLinks.getFile(position); file; file = wordLinks.getFile(position)) {
+    unsigned char count = 0;
+    for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
+      const char *data = index.words->getData(word);
+      if (data && takesSlot(data, file)) ++slots[word];
+    }
+  }
+  return slots;
+}
+
 // First pass: a block of E + 1 entries and a next-list word for every word
 // seen in more than one file, chained in front of its older blocks. The list
-// position starts at the top slot, which stays 0 and ends the block.
+// position starts at the top slot, which stays 0 and ends the block. With
+// SizedListBlocks a block has room for the files this run adds and a word
+// that adds none gets no block; for a first build the two are the same.
 void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
+  std::unordered_map<uint32_t, uint32_t> slots;
+  if (index.SizedListBlocks) slots = slotsOfRun(index);
   const uint32_t step = (index.WordsIndexed * 5) / 100;
   uint32_t sinceReport = step + 1;
   int percent = -5;
@@ -33,10 +58,16 @@ void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) 
     }
     char *data = words.getData(word);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    const uint32_t earlier = load32(data + word_data::kEarlierFiles);
+    uint32_t earlier = load32(data + word_data::kEarlierFiles);
+    if (index.SizedListBlocks) {
+      auto it = slots.find(word);
+      earlier = it == slots.end() ? 0 : it->second;
+    }
     if (earlier == 0) continue;
-    const uint32_t blockSize = entrySize * (earlier + 1) + 4;
-    const uint32_t nextList = fileLinks.getSpace(blockSize) + blockSize - 4;
+    const uint64_t blockSize = static_cast<uint64_t>(entrySize) * (earlier + 1) + 4;
+    if (blockSize > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(blockSize));
+    const uint32_t nextList =
+        fileLinks.getSpace(static_cast<uint32_t>(blockSize)) + static_cast<uint32_t>(blockSize) - 4;
     const uint32_t previous = load32(data + word_data::kListPosition);
     if (previous) fileLinks.setNextList(nextList, previous);
     store32(data + word_data::kListPosition, nextList - entrySize);
@@ -61,9 +92,7 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
          word = wordLinks.getWord(position, count)) {
       ++linksRead;
       char *data = words.getData(word);
-      if (!data) continue;
-      if (load32(data + word_data::kEarlierFiles) < 1) continue;
-      if (file == load32(data + word_data::kCurrentFile)) continue;
+      if (!data || !takesSlot(data, file)) continue;
       const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
       store32(data + word_data::kListPosition, slot);
       fileLinks.addFile(slot, file, count);
@@ -80,6 +109,7 @@ void CKurvoIndex::compressLinks() {
   const uint32_t entrySize = UseRanking ? 5 : 4;
 
   try {
+    fileLinks->setGrowByRequest(GrowByRequest != 0);
     placeBlocks(*this, *fileLinks, entrySize);
     fillBlocks(*this, *fileLinks, entrySize);
   } catch (...) {

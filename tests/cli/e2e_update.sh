@@ -63,4 +63,14 @@ kurvo search 'marmalade | wolf'
 expect_out "$D/alpha.txt
 $E/one.txt" "rebuild covers all folders"
 
+# Updates that find nothing changed read nothing and leave the store as it is.
+sleep 1
+kurvo update -q
+sizes="$(wc -c "$KURVO_HOME"/indexes/default/store/{files,links,words})"
+for round in 1 2 3 4 5; do
+  kurvo update
+  expect_contains "0 files read" "no-change update $round reads nothing"
+done
+[ "$(wc -c "$KURVO_HOME"/indexes/default/store/{files,links,words})" = "$sizes" ] || fail "no-change updates grew the store"
+
 finish
