@@ -39,11 +39,20 @@ bool CFileStorage::store(FILE *stream) {
 uint32_t CFileStorage::addFile(const char *name) {
   uint32_t fileNumber = appendEntry(name);
   linkEntry(name, fileNumber);
+  if (m_finder.isBuilt()) m_finder.insert(RecordFinder::hashName(name), fileNumber);
   return fileNumber;
 }
 
 uint32_t CFileStorage::lookupFile(const char *name, uint32_t parentId) {
-  return findInChain(name, [&](uint32_t record) {
+  if (!m_finder.isBuilt()) {
+    for (uint32_t record = getFirst(); record; record = getNext(record)) {
+      const char *text = getText(record);
+      if (!text) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+      m_finder.insert(RecordFinder::hashName(text), record);
+    }
+    m_finder.markBuilt();
+  }
+  return m_finder.findFirst(RecordFinder::hashName(name), [&](uint32_t record) {
     const char *data = getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     return strcasecmp(file_record::name(data), name) == 0 && file_record::parent(data) == parentId;

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "storage/hashed_storage.h"
+#include "storage/record_finder.h"
 
 constexpr uint32_t kFileStorageMagic = 12370001;
 // Seconds from 1904-01-01 (the host's epoch) to 1970-01-01.
@@ -37,6 +38,10 @@ class CFileStorage : public CHashedStorage {
   uint32_t getRecordLimit() const { return getUsed(); }
   // The record's 16-byte data area (name address - 16), or null.
   char *getData(uint32_t fileNumber) const;
+
+ private:
+  // Built from the table at the first lookup, then kept up by addFile.
+  RecordFinder m_finder;
 };
 
 // Field access on a record's data area (the address getData returns).

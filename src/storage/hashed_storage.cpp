@@ -87,9 +87,19 @@ uint32_t CHashedStorage::appendEntry(const char *text) {
 }
 
 void CHashedStorage::linkEntry(const char *text, uint32_t textOffset) {
-  uint32_t &head = m_pBuckets[bucketOf(text)];
+  const uint32_t bucket = bucketOf(text);
+  uint32_t &head = m_pBuckets[bucket];
+  if (m_tails.size() != m_nBucketCount) m_tails.assign(m_nBucketCount, 0);
+  uint32_t &tail = m_tails[bucket];
   if (head == 0) {
-    head = textOffset;
+    head = tail = textOffset;
+    return;
+  }
+  // The known tail still ends the chain unless the file was changed behind
+  // our back; then the chain is walked as before.
+  if (tail != 0 && load32(nextWord(tail)) == 0) {
+    store32(nextWord(tail), textOffset);
+    tail = textOffset;
     return;
   }
   uint32_t current = head;
@@ -99,6 +109,7 @@ void CHashedStorage::linkEntry(const char *text, uint32_t textOffset) {
     uint32_t following = load32(word);
     if (following == 0) {
       store32(word, textOffset);
+      tail = textOffset;
       return;
     }
     current = following;
@@ -109,6 +120,7 @@ void CHashedStorage::resetBuckets(uint32_t count) {
   delete[] m_pBuckets;
   m_pBuckets = new uint32_t[count ? count : 1]();
   m_nBucketCount = count;
+  m_tails.assign(count, 0);
 }
 
 void CHashedStorage::clearNextWord(uint32_t textOffset) { store32(nextWord(textOffset), 0); }
@@ -116,6 +128,7 @@ void CHashedStorage::clearNextWord(uint32_t textOffset) { store32(nextWord(textO
 bool CHashedStorage::readBuckets(FILE *stream) {
   delete[] m_pBuckets;
   m_pBuckets = readHashEntries(stream, m_nBucketCount);
+  m_tails.assign(m_pBuckets ? m_nBucketCount : 0, 0);
   if (m_pBuckets) return true;
   m_nBucketCount = 0;
   return false;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "storage/file_memory.h"
 
@@ -61,6 +62,10 @@ class CHashedStorage : public CFileMemory {
   uint32_t m_nBucketCount = 0;
 
  private:
+  // In memory only: the last entry of each bucket's chain (0: not known
+  // yet), so that linking an entry need not walk a long chain.
+  std::vector<uint32_t> m_tails;
+
   char *nextWord(uint32_t textOffset) const;
   uint32_t nextInChain(uint32_t textOffset) const;
   uint32_t bucketOf(const char *text) const;
