@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "analyzers/c_handles.h"
 #include "api/message_keys.h"
 #include "api/reporting.h"
 #include "index/kurvo_index.h"
@@ -21,22 +22,6 @@ constexpr unsigned long kReadBufferSize = 65535;
 // Display output of one read buffer: hooks and line breaks can make it longer
 // than its input.
 constexpr unsigned long kDisplayWorkSize = 2 * kReadBufferSize;
-
-struct FileCloser {
-  void operator()(FILE *file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<FILE, FileCloser>;
-
-struct BlockFreer {
-  void operator()(char *block) const { std::free(block); }
-};
-using MallocBlock = std::unique_ptr<char, BlockFreer>;
-
-std::string bytesIndexingText(double bytesRead, const char *path) {
-  char number[64];
-  std::snprintf(number, sizeof number, "%f", bytesRead);
-  return std::string(number) + '\t' + path;
-}
 
 }  // namespace
 
@@ -72,7 +57,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
     indexBuffer(buffer, carryLength + bytesRead, fileNumber, firstBuffer);
 
     index.BytesRead += static_cast<double>(bytesRead);
-    if (index.ShowStatus > 1) setStatus(kBytesIndexing, bytesIndexingText(index.BytesRead, path));
+    index.reportBytesRead(path);
 
     if (totalRead >= maxRead) {
       index.partialWord[0] = '\0';

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 
+#include "analyzers/c_handles.h"
 #include "analyzers/utf8_decoder.h"
 #include "api/message_keys.h"
 #include "api/reporting.h"
@@ -15,13 +16,6 @@
 namespace {
 
 constexpr size_t kReadSize = 65535;
-// A word without a maximum length setting may be this long.
-constexpr long kDefaultMaxWordLength = 100;
-
-struct FileCloser {
-  void operator()(FILE *file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<FILE, FileCloser>;
 
 // Cuts decoded text into words by the index's character classes; a word may
 // run on from one piece into the next.
@@ -29,7 +23,7 @@ class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
       : m_index(index), m_file(file),
-        m_maxLength(index.MaxWordLength != 0 ? index.MaxWordLength : kDefaultMaxWordLength) {}
+        m_maxLength(index.longestWordSetting()) {}
 
   void cut(const std::string &text) {
     for (char ch : text) {
@@ -144,11 +138,7 @@ bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
     decoder.decode(buffer.get(), got, last, text);
     words.cut(text);
     index.BytesRead += static_cast<double>(got);
-    if (index.ShowStatus > 1 && got) {
-      char number[64];
-      std::snprintf(number, sizeof number, "%f", index.BytesRead);
-      setStatus(kurvo_keys::kBytesIndexing, std::string(number) + '\t' + path);
-    }
+    if (got) index.reportBytesRead(path);
     if (last) break;
   }
   // A word running into the read limit may be cut short: it is left out.

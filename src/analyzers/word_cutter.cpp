@@ -7,8 +7,6 @@
 
 namespace {
 
-// A word without a maximum length setting may be this long.
-constexpr long kDefaultMaxWordLength = 100;
 // Room in the carry-over buffer for a word and its terminator.
 constexpr unsigned long kCarryCopyLimit = 1023;
 // A carried word longer than this loses its last character.
@@ -37,7 +35,7 @@ int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
   CKurvoIndex &index = *m_pIndex;
   const long minLength = index.MinWordLength;
   // Words one character longer than the maximum are still taken.
-  const long maxLength = index.MaxWordLength != 0 ? index.MaxWordLength : kDefaultMaxWordLength;
+  const long maxLength = index.longestWordSetting();
   convertRawBuffer(buffer, length);
 
   char *bufferStart = buffer;

@@ -135,6 +135,13 @@ std::string CKurvoIndex::configurationFolder() const {
   return storagePath.substr(0, cut + 1);
 }
 
+void CKurvoIndex::reportBytesRead(const char *path) {
+  if (ShowStatus <= 1) return;
+  char number[64];
+  std::snprintf(number, sizeof number, "%f", BytesRead);
+  setStatus(kurvo_keys::kBytesIndexing, std::string(number) + '\t' + path);
+}
+
 void CKurvoIndex::reportSkipped(const char *reason, const std::string &path) {
   if (ReportSkipped) setStatus(kurvo_keys::kFileSkipped, std::string(reason) + '\t' + path);
 }

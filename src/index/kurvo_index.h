@@ -81,6 +81,11 @@ class CKurvoIndex {
   // Progress at most once a second while ShowStatus is set: reports key with
   // argument and raises "HaltRequested" when the host answers 0.
   void reportProgress(const char *key, const std::string &argument);
+  // "BytesIndexing" with the running byte count and path, when ShowStatus > 1.
+  void reportBytesRead(const char *path);
+  // The maximum word length in force: the setting, or 100 when it is 0.
+  // Words one character longer are still taken.
+  long longestWordSetting() const { return MaxWordLength != 0 ? MaxWordLength : 100; }
   // Beyond the classic statuses, when ReportSkipped is set: a file or folder
   // left out, or read only in part ("FileSkipped", "reason<TAB>path").
   void reportSkipped(const char *reason, const std::string &path);

@@ -57,13 +57,6 @@ bool closeTempFile(CKurvoIndex &index, FILE *out, const char *path) {
   return false;
 }
 
-void reportMemberBytes(CKurvoIndex &index, const char *archivePath) {
-  if (index.ShowStatus <= 1) return;
-  char number[64];
-  std::snprintf(number, sizeof number, "%f", index.BytesRead);
-  setStatus(kurvo_keys::kBytesIndexing, std::string(number) + '\t' + archivePath);
-}
-
 ArchiveLevel::ArchiveLevel(CKurvoIndex &index, const char *archivePath) : m_index(index), m_path(archivePath) {
   if (index.ArchiveDepth++ == 0) {
     index.ArchiveBytes = 0;

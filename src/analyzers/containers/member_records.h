@@ -29,9 +29,6 @@ std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *base
 // disk) the copy is removed, reported as skipped ("write") and false returned.
 bool closeTempFile(CKurvoIndex &index, FILE *out, const char *path);
 
-// Tells the host the running byte count after a piece of archivePath (status level above 1).
-void reportMemberBytes(CKurvoIndex &index, const char *archivePath);
-
 // The index's unpacking bounds make an archive that holds itself, or a small
 // file that unpacks to gigabytes, cost one file, never the run or the disk.
 // One container being indexed, for the life of the object: counts the

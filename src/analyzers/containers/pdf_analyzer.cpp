@@ -9,6 +9,7 @@
 #include <ctime>
 #include <memory>
 
+#include "analyzers/c_handles.h"
 #include "analyzers/containers/pdf_text.h"
 #include "api/message_keys.h"
 #include "api/reporting.h"
@@ -21,11 +22,6 @@ constexpr char kEndStream[] = "endstream";
 constexpr uint32_t kEndStreamLength = sizeof kEndStream - 1;
 // Indexing never wraps in practice; display passes the viewer's width.
 constexpr int kIndexLineWidth = 10000;
-
-struct BlockFreer {
-  void operator()(char *block) const { std::free(block); }
-};
-using MallocBlock = std::unique_ptr<char, BlockFreer>;
 
 }  // namespace
 

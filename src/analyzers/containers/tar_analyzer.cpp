@@ -136,7 +136,7 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
         got = keep;
       }
       indexMemberPiece(index, *analyzer, piece.get(), got, member, first);
-      reportMemberBytes(index, path);
+      index.reportBytesRead(path);
       first = false;
     }
     if (pieceSize == 0) skip(archive, left);

@@ -124,7 +124,7 @@ bool CZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
             total += static_cast<unsigned long>(got);
             indexMemberPiece(index, *analyzer, chunk.get(), static_cast<unsigned long>(got), member, first);
             index.BytesRead += got;
-            reportMemberBytes(index, path);
+            index.reportBytesRead(path);
             first = false;
           }
           index.partialWord[0] = '\0';
