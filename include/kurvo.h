@@ -98,6 +98,21 @@ KURVO_API int kFileNameMatch(const char *name, const char *pattern);
  * came from the C library's malloc). NULL is ignored. */
 KURVO_API void kDeleteChar(void *block);
 
+/* Receives one damage found by kCheckStorage: the storage file's name
+ * ("hash", "files", "words", "skipped" or "links"), the byte offset in it, and
+ * an English sentence saying what is wrong. The strings live for the call. */
+typedef void (*KurvoDamageCallback)(const char *file, unsigned int offset, const char *what, void *context);
+
+/* Beyond the classic behaviour: check the index stored in folder (ending in
+ * "/") without opening it and without trusting any of its files: headers and
+ * free space, the table descriptions in "hash", every record, text
+ * terminator and hash chain, parent references, word data, and every list
+ * block a word reaches. Fields of free value (times, sizes, attributes,
+ * counts) cannot be checked. Calls found (when not NULL) for each damage and
+ * returns their number: 0 for a sound index. Raises nothing; a missing file
+ * is a damage. Do not check a folder while a run writes into it. */
+KURVO_API unsigned int kCheckStorage(const char *folder, KurvoDamageCallback found, void *context);
+
 /* Encipher length bytes of input with the built-in key: writes length + 10
  * bytes to output (a 10-byte fixed prefix, then the ciphertext). Equal
  * plaintexts give equal ciphertexts. The caller owns both buffers. */
@@ -209,6 +224,26 @@ KURVO_API void kidxCompressLinks(void *index);
 /* Make the tables read-only and write the summary file folder + "hash".
  * CAUGHT: "StorageReadError" with folder when it cannot be written. */
 KURVO_API void kidxStoreStorage(void *index, const char *folder);
+
+/* Beyond the classic behaviour. Bytes of "links" past its reserved word that
+ * one block per word of its live files would take (*live), and the rest
+ * (*dead): entries of removed files, slots never filled, blocks of earlier
+ * runs. A compaction leaves no dead bytes. Reads every word's chain. CAUGHT: "AssertionFailed" when a chain is
+ * damaged. */
+KURVO_API void kidxGetLinkSpace(void *index, double *live, double *dead);
+
+/* Beyond the classic behaviour: rewrite "links" as one block per word holding
+ * the files its chain lists, newest first, without removed files (numbers
+ * overwritten with 1, records marked deleted, as a changed file's old record
+ * is, and members held by such a record), so "links" shrinks to the live size and every query answers as before. The new table is
+ * written beside the old one as "links.compact" and renamed over it when
+ * complete; the words' list positions change only then, so an error leaves
+ * the index as it was. Makes the word table writable; call
+ * kidxStoreStorage afterwards. Not between indexing and kidxCompressLinks.
+ * CAUGHT: "AssertionFailed" (a damaged chain, or word links pending),
+ * "MemFileExtendFail" (no room for the new table), "FileMapWriteFail" (the
+ * word table cannot be written or the new table cannot be renamed). */
+KURVO_API void kidxCompactLinks(void *index);
 
 /* Open a contents viewer on file record fileNumber: its display text is at
  * most maxLength bytes, wrapped at wrapWidth columns (0: no wrapping).

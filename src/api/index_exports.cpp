@@ -90,6 +90,19 @@ KURVO_API void kidxCompressLinks(void *index) {
   });
 }
 
+KURVO_API void kidxGetLinkSpace(void *index, double *live, double *dead) {
+  caught([&] {
+    double l = 0, d = 0;
+    asIndex(index)->measureLinkSpace(l, d);
+    if (live) *live = l;
+    if (dead) *dead = d;
+  });
+}
+
+KURVO_API void kidxCompactLinks(void *index) {
+  caught([&] { asIndex(index)->compactLinks(); });
+}
+
 KURVO_API void kidxStoreStorage(void *index, const char *folder) {
   caught([&] {
     asIndex(index)->storeStorage(std::string(folder));

@@ -1,4 +1,4 @@
-// Process-wide exported functions: creating an index, name matching, freeing blocks.
+// Process-wide exported functions: creating an index, name matching, freeing blocks, checking a store.
 #include <cstdlib>
 #include <string>
 
@@ -6,6 +6,7 @@
 #include "index/name_match.h"
 #include "kurvo.h"
 #include "storage/lower_case_table.h"
+#include "storage/storage_check.h"
 
 extern "C" {
 
@@ -28,5 +29,16 @@ KURVO_API int kFileNameMatch(const char *name, const char *pattern) {
 // Blocks handed to the host come from malloc inside the library; the host
 // must give them back here so that they meet the same allocator.
 KURVO_API void kDeleteChar(void *block) { std::free(block); }
+
+KURVO_API unsigned int kCheckStorage(const char *folder, KurvoDamageCallback found, void *context) {
+  try {
+    return checkStorage(folder ? folder : "", [&](const char *file, uint32_t offset, const char *what) {
+      if (found) found(file, offset, what, context);
+    });
+  } catch (...) {
+    // Only memory can run out here: count it as a store that is not known sound.
+    return 1;
+  }
+}
 
 }  // extern "C"

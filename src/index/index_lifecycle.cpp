@@ -1,10 +1,13 @@
 // CKurvoIndex lifecycle: starting afresh, collecting links, and storing the tables.
 #include <cstdio>
 #include <ctime>
+#include <memory>
 
 #include "api/message_keys.h"
 #include "api/reporting.h"
+#include "storage/byte_io.h"
 #include "index/kurvo_index.h"
+#include "storage/link_compaction.h"
 
 void CKurvoIndex::emptyIndex() {
   IsUpdate = 0;
@@ -72,4 +75,45 @@ void CKurvoIndex::storeStorage(const std::string &folder) {
     throw;
   }
   std::fclose(hash);
+}
+
+void CKurvoIndex::measureLinkSpace(double &live, double &dead) const {
+  if (!links || !words || !files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  const LinkSpace space = measureLinks(*words, *files, *links);
+  live = static_cast<double>(space.live);
+  dead = static_cast<double>(space.dead);
+}
+
+void CKurvoIndex::compactLinks() {
+  // Between a run's indexing and its compression the word links still
+  // point at list positions that compaction would move.
+  if (!links || !words || !files || wordLinks) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  const std::string path = storagePath + "links";
+  const std::string newPath = path + ".compact";
+  const LinkSpace space = measureLinks(*words, *files, *links);
+  const uint64_t needed = 20 + space.live;
+  const uint32_t initialSize = needed < 65535 ? 65535 : static_cast<uint32_t>(needed);
+  if (needed > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(needed));
+
+  std::vector<NewListPosition> positions;
+  auto compacted = std::make_unique<CFileLinks>(newPath, initialSize, 1048575, links->hasCounts() ? 1 : 0);
+  try {
+    compacted->setGrowByRequest(true);
+    compacted->getSpace(4);
+    positions = ::compactLinks(*words, *files, *links, *compacted);
+    if (!words->isWritable() && !words->enableWrite()) throwKurvoError(kurvo_keys::kFileMapWriteFail, storagePath + "words");
+    compacted->disableWrite();
+    if (std::rename(newPath.c_str(), path.c_str()) != 0) throwKurvoError(kurvo_keys::kFileMapWriteFail, path);
+  } catch (...) {
+    compacted.reset();
+    std::remove(newPath.c_str());
+    throw;
+  }
+  // The open region is the renamed file: it reopens by its new name.
+  compacted->setStoragePath(path);
+  delete links;
+  links = compacted.release();
+  for (const NewListPosition &p : positions) {
+    store32(words->getData(p.word) + word_data::kListPosition, p.position);
+  }
 }

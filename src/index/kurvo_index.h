@@ -67,6 +67,10 @@ class CKurvoIndex {
   void updateDirectory(const char *folderPath, uint32_t folderId);
   void prune();
   void compressLinks();
+  // Beyond the classic behaviour: one block per word without removed files,
+  // in a new "links" that replaces the old one only once it is complete.
+  void compactLinks();
+  void measureLinkSpace(double &live, double &dead) const;
 
   // Queries.
   int doesWordMatch(const char *word, const char *pattern) const;
