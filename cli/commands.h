@@ -54,6 +54,10 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options);
 int runShow(const GlobalOptions &global, const ShowOptions &options);
 int runWords(const GlobalOptions &global, const std::string &pattern, bool json);
 int runStats(const GlobalOptions &global, bool json);
+// Rewrites the word lists without dead space; the answers stay the same.
+int runCompact(const GlobalOptions &global);
+// Checks every storage file; damage gives status 2.
+int runCheck(const GlobalOptions &global);
 
 // The query language explained, for `kurvo help search`.
 const char *queryLanguageHelp();

@@ -32,16 +32,6 @@ namespace {
 
 bool progressWanted(const GlobalOptions &global) { return !global.quiet && ::isatty(STDERR_FILENO) == 1; }
 
-// Runs one caught library call and turns a recorded error, or a Ctrl-C seen
-// meanwhile, into a HostError.
-template <typename F>
-void step(F &&f) {
-  clearLibraryMessages();
-  callLibrary(f);
-  throwIfLibraryFailed();
-  if (haltRequested()) throw HostError("interrupted; the index was left as it was", kExitInterrupted);
-}
-
 std::string canonicalFolder(const std::string &folder) {
   std::error_code ec;
   fs::path p = fs::canonical(folder, ec);
@@ -142,7 +132,7 @@ uint32_t addTopFolder(void *index, const std::string &folder) {
   struct stat st {};
   if (::stat(folder.c_str(), &st) != 0) throw HostError("there is no folder " + folder);
   uint32_t record = 0;
-  step([&] {
+  runStep([&] {
     void *files = kidxGetFiles(index);
     record = kfsLookupFile(files, folder.c_str(), 0);
     if (record == 0) record = kfsAddFile(files, folder.c_str());
@@ -159,7 +149,7 @@ uint32_t addTopFolder(void *index, const std::string &folder) {
 void indexFolders(void *index, const std::vector<std::string> &folders) {
   for (const std::string &folder : folders) {
     uint32_t record = addTopFolder(index, folder);
-    step([&] { kidxIndexDirectory(index, folder.c_str(), record); });
+    runStep([&] { kidxIndexDirectory(index, folder.c_str(), record); });
   }
 }
 
@@ -226,13 +216,31 @@ void printSkipped(const GlobalOptions &global) {
 
 std::string skipFileOf(const IndexLocation &loc) { return loc.home + "/skipfile.txt"; }
 
+// Updates leave removed files and the blocks of earlier runs in "links";
+// once that dead space passes the live lists they are rewritten. Measuring
+// reads every list, so it waits until "links" has doubled since last time,
+// and a small table (one that grows by doubling) is left alone.
+void compactWhenWorthIt(IndexSession &session, Progress &progress, Settings &settings) {
+  constexpr double kSmallLinks = 1 << 20;
+  void *index = session.handle();
+  if (storeFileBytes(session.storeDir(), "links") <= 2 * settings.linksLive + kSmallLinks) return;
+  double live = 0, dead = 0;
+  runStep([&] { kidxGetLinkSpace(index, &live, &dead); });
+  settings.linksLive = live;
+  if (dead <= live) return;
+  progress.phase("compacting the lists");
+  runStep([&] { kidxCompactLinks(index); });
+}
+
 // Compresses, stores into the work folder and closes the index.
-void finishRun(IndexSession &session, Progress &progress) {
+void finishRun(IndexSession &session, Progress &progress, Settings &settings, bool update) {
   void *index = session.handle();
   progress.phase("compressing links");
-  step([&] { kidxCompressLinks(index); });
+  runStep([&] { kidxCompressLinks(index); });
+  if (update) compactWhenWorthIt(session, progress, settings);
+  else settings.linksLive = storeFileBytes(session.storeDir(), "links");
   progress.phase("storing the index");
-  step([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
+  runStep([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
 }
 
 // Swaps the stored run in for the previous index and records it in the settings.
@@ -275,11 +283,11 @@ int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings se
     void *index = session.handle();
     noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, true);
     progress.setIndex(index);
-    step([&] { kidxEmptyIndex(index); });
-    step([&] { kidxNewFileLinks(index); });
-    step([&] { kidxIndexExclusions(index); });
+    runStep([&] { kidxEmptyIndex(index); });
+    runStep([&] { kidxNewFileLinks(index); });
+    runStep([&] { kidxIndexExclusions(index); });
     indexFolders(index, folders);
-    finishRun(session, progress);
+    finishRun(session, progress, settings, false);
     summary = readCounters(index, "index", start);
   }
   settings.folders = folders;
@@ -331,10 +339,10 @@ int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings se
     // A report of a broken file table goes beside the index, not into the current folder.
     kidxSetReportFolder(index, std::filesystem::path(loc.settingsPath).parent_path().parent_path().c_str());
     // Reopened tables stay read-only until pruning makes them writable.
-    step([&] { kidxPrune(index); });
-    step([&] { kidxIndexExclusions(index); });
+    runStep([&] { kidxPrune(index); });
+    runStep([&] { kidxIndexExclusions(index); });
     indexFolders(index, added);
-    finishRun(session, progress);
+    finishRun(session, progress, settings, true);
     summary = readCounters(index, "update", start);
   }
   for (const std::string &folder : added) settings.folders.push_back(folder);

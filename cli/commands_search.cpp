@@ -54,7 +54,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   IndexTermSource source(*rs.reader, wordCharactersOf(o), o.ranking, static_cast<unsigned>(o.maxFileRead), o.proximity);
   ScoredFiles scored = evaluateQuery(query, source);
   std::vector<RankedFile> results;
-  for (const auto &[file, score] : scored) results.push_back({file, score, rs.reader->filePath(file)});
+  for (const auto &[file, score] : scored) results.push_back({file, score, rs.reader->checkedPath(file)});
   rankResults(results);
   size_t total = results.size();
   if (options.limit > 0 && results.size() > static_cast<size_t>(options.limit)) results.resize(options.limit);

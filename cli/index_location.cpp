@@ -93,4 +93,10 @@ bool indexExists(const IndexLocation &location) {
   return fs::exists(location.storeDir + "hash", ec);
 }
 
+double storeFileBytes(const std::string &storeDir, const char *name) {
+  std::error_code ec;
+  const auto size = std::filesystem::file_size(storeDir + name, ec);
+  return ec ? 0 : static_cast<double>(size);
+}
+
 }  // namespace kurvo_cli

@@ -32,4 +32,7 @@ void prepareHome(const IndexLocation &location);
 // True when the storage folder holds a stored index.
 bool indexExists(const IndexLocation &location);
 
+// Bytes of a file in a storage folder (ending in "/"); 0 when it is missing.
+double storeFileBytes(const std::string &storeDir, const char *name);
+
 }  // namespace kurvo_cli

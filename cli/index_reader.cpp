@@ -2,6 +2,8 @@
 // with their full paths, words, and the files each word occurs in.
 #include "index_reader.h"
 
+#include <strings.h>
+
 #include <cstring>
 #include <set>
 
@@ -31,6 +33,51 @@ void IndexReader::loadRecords() {
       m_records.emplace(r, std::move(record));
     }
   });
+}
+
+namespace {
+
+// Damage that a query meets costs the user wrong paths; say what to do.
+HostError damaged(const std::string &what) {
+  return HostError("the index is damaged (" + what + "); `kurvo check` tells more, `kurvo index` rebuilds it");
+}
+
+// Deleted records keep their number in lists; 1 replaces a removed one.
+constexpr uint32_t kRemovedFile = 1;
+
+}  // namespace
+
+bool IndexReader::foundUnderItsName(uint32_t record) {
+  auto known = m_found.find(record);
+  if (known != m_found.end()) return known->second;
+  const FileRecord &r = m_records.at(record);
+  uint32_t found = 0;
+  callLibrary([&] { found = kfsLookupFile(kidxGetFiles(m_index), r.name.c_str(), r.parent); });
+  // Names differing only in case share a lookup: the first of them answers.
+  auto other = m_records.find(found);
+  bool ok = found == record || (other != m_records.end() && other->second.parent == r.parent &&
+                                strcasecmp(other->second.name.c_str(), r.name.c_str()) == 0);
+  m_found[record] = ok;  // before the parents, so a looping chain ends
+  if (ok && r.parent != 0) ok = m_records.count(r.parent) && foundUnderItsName(r.parent);
+  m_found[record] = ok;
+  return ok;
+}
+
+const std::string &IndexReader::checkedPath(uint32_t record) {
+  // Parents are recorded before what they hold.
+  for (uint32_t r = record, parent = m_records.at(r).parent; parent != 0; r = parent, parent = m_records.at(r).parent) {
+    if (parent >= r || !m_records.count(parent)) throw damaged("a file's folder is no earlier record");
+  }
+  const std::string &path = filePath(record);
+  if (path.empty()) return path;
+  if (!foundUnderItsName(record)) throw damaged("the file table does not find " + path);
+  bool inside = m_topFolders.empty();
+  for (const std::string &folder : m_topFolders) {
+    inside = inside || (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
+                        (path[folder.size()] == '/' || folder == "/"));
+  }
+  if (!inside) throw damaged("a path lies outside the indexed folders: " + path);
+  return path;
 }
 
 std::vector<std::pair<uint32_t, std::string>> IndexReader::matchingWords(const std::string &term) {
@@ -63,6 +110,7 @@ std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
     std::memcpy(&current, data, 4);
     std::memcpy(&counter, data + 4, 2);
     std::memcpy(&position, data + 8, 4);
+    if (current != 0 && !m_records.count(current)) throw damaged("a word names no file");
     if (current != 0) out.push_back({current, static_cast<unsigned>(counter & 0xFF)});
     void *links = kidxGetLinks(m_index);
     std::set<uint32_t> seenBlocks;  // a damaged chain must not loop forever
@@ -71,6 +119,7 @@ std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
       for (;;) {
         unsigned file = kflGetFile(links, cursor);
         if (file == 0) break;
+        if (file != kRemovedFile && !m_records.count(file)) throw damaged("a word's list names no file");
         out.push_back({file, cursor[1]});
       }
       position = kflGetNextList(links, cursor[0]);

@@ -30,6 +30,12 @@ class IndexReader {
   // archives); empty when the record is deleted, a folder, unknown, or its
   // parent chain is broken.
   const std::string &filePath(uint32_t record) { return m_paths.filePath(record); }
+  // filePath, after cheap checks that catch most damage to the records on
+  // the way: each parent is an earlier record, the file table finds each
+  // record under its own name and parent, and the path lies in one of the
+  // top folders (when they were set). Throws HostError on damage.
+  const std::string &checkedPath(uint32_t record);
+  void setTopFolders(const std::vector<std::string> &folders) { m_topFolders = folders; }
   bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
 
   // The record of a live file by its full path, or 0.
@@ -37,7 +43,8 @@ class IndexReader {
 
   // Index words matching a lower-cased term (wildcards expanded).
   std::vector<std::pair<uint32_t, std::string>> matchingWords(const std::string &term);
-  // The files of one word, as stored (not filtered).
+  // The files of one word, as stored (not filtered); throws HostError when
+  // one of them is no record at all (a damaged list).
   std::vector<WordFile> filesOfWord(uint32_t word);
 
   uint32_t wordCount();
@@ -46,10 +53,13 @@ class IndexReader {
 
  private:
   void loadRecords();
+  bool foundUnderItsName(uint32_t record);
 
   void *m_index;
   RecordTable m_records;
   RecordPaths m_paths{m_records};
+  std::unordered_map<uint32_t, bool> m_found;
+  std::vector<std::string> m_topFolders;
 };
 
 }  // namespace kurvo_cli

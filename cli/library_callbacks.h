@@ -42,6 +42,19 @@ auto callLibrary(F &&f) -> decltype(f()) {
   }
 }
 
+// True once Ctrl-C was pressed (or the test hook asked to halt).
+bool haltRequested();
+
+// One step of a run: a caught library call whose recorded error, or a
+// Ctrl-C seen meanwhile, becomes a HostError.
+template <typename F>
+void runStep(F &&f) {
+  clearLibraryMessages();
+  callLibrary(f);
+  throwIfLibraryFailed();
+  if (haltRequested()) throw HostError("interrupted; the index was left as it was", kExitInterrupted);
+}
+
 // Files and folders the run left out or read in part, as "reason<TAB>path".
 const std::vector<std::string> &skippedEntries();
 
@@ -50,9 +63,6 @@ const std::vector<std::string> &skippedEntries();
 void setStorageFolder(const std::string &folder);
 // "; the disk holding F has N free; the previous index is unchanged", or "".
 std::string storageRoomNote();
-
-// True once Ctrl-C was pressed (or the test hook asked to halt).
-bool haltRequested();
 
 // Receives every status message of the library (key, argument).
 using StatusListener = std::function<void(const std::string &, const std::string &)>;

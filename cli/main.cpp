@@ -116,6 +116,9 @@ int main(int argc, char **argv) {
   CLI::App *stats = app.add_subcommand("stats", "counters, sizes on disk, folders and the last run");
   stats->add_flag("--json", jsonStats, "print JSON");
 
+  CLI::App *compact = app.add_subcommand("compact", "rewrite the word lists without the space updates left behind");
+  CLI::App *check = app.add_subcommand("check", "read every storage file of the index and report damage (status 2)");
+
   CLI::App *help = app.add_subcommand("help", "help on a command; `kurvo help search`: the query language; `kurvo help converters`: external converters");
   help->add_option("topic", helpTopic, "a command name");
 
@@ -149,6 +152,8 @@ int main(int argc, char **argv) {
     }
     if (*words) return runWords(global, wordsPattern, jsonWords);
     if (*stats) return runStats(global, jsonStats);
+    if (*compact) return runCompact(global);
+    if (*check) return runCheck(global);
     if (*help && !helpTopic.empty()) {
       if (helpTopic.front() == "search" || helpTopic.front() == "query") {
         std::cout << queryLanguageHelp();

@@ -17,6 +17,7 @@ ReadingSession openForReading(const GlobalOptions &global) {
   // The viewer and word matching read the analyzers, patterns and masks.
   rs.session->configure(rs.settings.options, rs.location.home + "/skipfile.txt", false);
   rs.reader = std::make_unique<IndexReader>(rs.index());
+  rs.reader->setTopFolders(rs.settings.folders);
   return rs;
 }
 

@@ -145,6 +145,7 @@ Settings loadSettings(const std::string &path) {
     settings.folders = j.value("folders", std::vector<std::string>{});
     settings.timeBase = j.value("time_base", int64_t{0});
     settings.finishedAt = j.value("finished_at", int64_t{0});
+    settings.linksLive = j.value("links_live", 0.0);
     if (j.contains("last_run")) settings.lastRun = summaryFromJson(j.at("last_run"));
     if (j.contains("options")) settings.options = optionsFromJson(j.at("options"));
   } catch (const json::exception &e) {
@@ -158,6 +159,7 @@ void saveSettings(const std::string &path, const Settings &settings) {
       {"folders", settings.folders},
       {"time_base", settings.timeBase},
       {"finished_at", settings.finishedAt},
+      {"links_live", settings.linksLive},
       {"last_run", summaryToJson(settings.lastRun)},
       {"options", optionsToJson(settings.options)},
   };

@@ -46,6 +46,10 @@ struct Settings {
   int64_t finishedAt = 0;   // Unix time the last completed run ended
   RunSummary lastRun;
   IndexOptions options;
+  // Bytes of "links" the lists took when last measured (a full build or a
+  // compaction): an update measures again only when "links" has grown past
+  // twice that, since only then can dead space pass the live lists.
+  double linksLive = 0;
 };
 
 IndexOptions defaultOptions();
