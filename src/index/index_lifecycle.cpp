@@ -8,6 +8,7 @@
 #include "storage/byte_io.h"
 #include "index/kurvo_index.h"
 #include "storage/link_compaction.h"
+#include "storage/table_sizes.h"
 
 void CKurvoIndex::emptyIndex() {
   IsUpdate = 0;
@@ -28,7 +29,7 @@ void CKurvoIndex::emptyIndex() {
 
   // Skip words survive, so a rebuild need not read the skip file again.
   files = new CFileStorage(storagePath + "files", 1000);
-  words = new CTextStorage(storagePath + "words", 131071, 1048575, 16, 40000);
+  words = new CTextStorage(storagePath + "words", table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
   // Make the first progress report of the run due at once.
   lastStatusTime = std::time(nullptr) - 2;
 }
@@ -41,10 +42,10 @@ void CKurvoIndex::newFileLinks() {
   delete wordLinks;
   wordLinks = nullptr;
 
-  links = new CFileLinks(storagePath + "links", 65535, 1048575, UseRanking);
+  links = new CFileLinks(storagePath + "links", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
   // The first word after the header stays reserved: list blocks start at 20.
   links->getSpace(4);
-  wordLinks = new CWordLinks(storagePath + "temp", 65535, 1048575, UseRanking);
+  wordLinks = new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
 }
 
 void CKurvoIndex::enableWrite(bool on) {
@@ -92,11 +93,13 @@ void CKurvoIndex::compactLinks() {
   const std::string newPath = path + ".compact";
   const LinkSpace space = measureLinks(*words, *files, *links);
   const uint64_t needed = 20 + space.live;
-  const uint32_t initialSize = needed < 65535 ? 65535 : static_cast<uint32_t>(needed);
+  const uint32_t initialSize =
+      needed < table_sizes::kLinks.initial ? table_sizes::kLinks.initial : static_cast<uint32_t>(needed);
   if (needed > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(needed));
 
   std::vector<NewListPosition> positions;
-  auto compacted = std::make_unique<CFileLinks>(newPath, initialSize, 1048575, links->hasCounts() ? 1 : 0);
+  auto compacted = std::make_unique<CFileLinks>(newPath, initialSize, table_sizes::kLinks.increment,
+                                                 links->hasCounts() ? 1 : 0);
   try {
     compacted->setGrowByRequest(true);
     compacted->getSpace(4);

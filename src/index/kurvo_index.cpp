@@ -8,6 +8,7 @@
 #include "api/reporting.h"
 #include "storage/byte_io.h"
 #include "storage/lower_case_table.h"
+#include "storage/table_sizes.h"
 
 namespace {
 
@@ -68,9 +69,9 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
   if (create) {
     try {
       files = new CFileStorage(filesName, 1000);
-      words = new CTextStorage(wordsName, 131071, 1048575, 16, 40000);
-      skipWords = new CTextStorage(skippedName, 32767, 65535, 0, 1000);
-      links = new CFileLinks(linksName, 65535, 1048575, UseRanking);
+      words = new CTextStorage(wordsName, table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
+      skipWords = new CTextStorage(skippedName, table_sizes::kSkipped.initial, table_sizes::kSkipped.increment, 0, 1000);
+      links = new CFileLinks(linksName, table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
     } catch (...) {
       freeMemFiles();
       throw;

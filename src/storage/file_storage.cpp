@@ -6,18 +6,17 @@
 #include "api/message_keys.h"
 #include "api/reporting.h"
 #include "storage/description_io.h"
+#include "storage/table_sizes.h"
 
 namespace {
 
-constexpr uint32_t kInitialSize = 0xFFFF;
-constexpr uint32_t kIncrement = 0xFFFFF;
 constexpr uint32_t kPrefixSize = 20;
 constexpr uint32_t kFirstRecord = 16 + kPrefixSize;
 
 }  // namespace
 
 CFileStorage::CFileStorage(const std::string &path, uint32_t bucketCount)
-    : CHashedStorage(path, kInitialSize, kIncrement, kPrefixSize, bucketCount) {}
+    : CHashedStorage(path, table_sizes::kFiles.initial, table_sizes::kFiles.increment, kPrefixSize, bucketCount) {}
 
 CFileStorage::CFileStorage(const std::string &path, FILE *stream) : CHashedStorage(path) {
   if (!read(stream) || !isMapped()) failOpen(path);

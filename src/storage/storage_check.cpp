@@ -13,6 +13,7 @@
 #include "storage/link_region.h"
 #include "storage/lower_case_table.h"
 #include "storage/text_storage.h"
+#include "storage/table_sizes.h"
 
 namespace {
 
@@ -21,8 +22,9 @@ constexpr uint32_t kFilePrefix = 20;  // next, parent, time, size, attributes
 constexpr uint32_t kRemovedFile = 1;  // what removal writes over a file number
 
 struct Table {
-  explicit Table(const char *n) : name(n) {}
+  Table(const char *n, TableSize s) : name(n), size(s) {}
   const char *name;
+  TableSize size;  // as the library creates the table (links: at least)
   std::vector<char> bytes;
   uint32_t used = 0;
   bool walkable = false;  // the header's used size can be trusted
@@ -83,7 +85,13 @@ class StoreChecker {
     if (t.word(0) != size) damage(t, 0, "the header's length is not the file's size");
     t.used = t.word(4);
     if (t.used < kHeaderSize || t.used > size) return damage(t, 4, "the header's used size lies outside the file");
-    if (t.word(12) == 0) damage(t, 12, "the header's growth step is 0");
+    // The library creates every table with fixed sizes; a compacted "links"
+    // starts at least as large as a new one.
+    const uint32_t initial = t.word(8);
+    if (initial != t.size.initial && !(&t == &m_links && initial > t.size.initial)) {
+      damage(t, 8, "the header's initial size is not the table's");
+    }
+    if (t.word(12) != t.size.increment) damage(t, 12, "the header's growth step is not the table's");
     t.walkable = true;
     auto stray = std::find_if(t.bytes.begin() + t.used, t.bytes.end(), [](char c) { return c != 0; });
     if (stray != t.bytes.end()) damage(t, static_cast<uint32_t>(stray - t.bytes.begin()), "a byte past the used part is not zero");
@@ -256,7 +264,8 @@ class StoreChecker {
   std::string m_folder;
   const DamageSink &m_sink;
   uint32_t m_damages = 0;
-  Table m_hash{"hash"}, m_files{"files"}, m_words{"words"}, m_skipped{"skipped"}, m_links{"links"};
+  Table m_hash{"hash", {0, 0}}, m_files{"files", table_sizes::kFiles}, m_words{"words", table_sizes::kWords},
+      m_skipped{"skipped", table_sizes::kSkipped}, m_links{"links", table_sizes::kLinks};
   Description m_filesDesc, m_wordsDesc, m_skippedDesc;
   uint32_t m_counts = 0;
   uint32_t m_cursor = 0;
