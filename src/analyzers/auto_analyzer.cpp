@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "analyzers/containers/member_records.h"
+#include "analyzers/member_records.h"
 #include "analyzers/converter_process.h"
 #include "index/kurvo_index.h"
 

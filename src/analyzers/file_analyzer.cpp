@@ -9,8 +9,8 @@
 #include <string>
 
 #include "analyzers/c_handles.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 
 using namespace kurvo_keys;

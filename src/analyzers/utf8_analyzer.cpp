@@ -8,8 +8,8 @@
 
 #include "analyzers/c_handles.h"
 #include "analyzers/utf8_decoder.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 #include "storage/lower_case_table.h"
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "analyzers/file_analyzer.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 #include "storage/file_storage.h"
 

@@ -3,8 +3,8 @@
 #include <ctime>
 #include <memory>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 #include "index/kurvo_index.h"
 #include "storage/link_compaction.h"

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 #include "storage/lower_case_table.h"
 #include "storage/table_sizes.h"

@@ -2,8 +2,8 @@
 #include <cstring>
 
 #include "analyzers/file_analyzer.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 #include "index/name_match.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "analyzers/file_analyzer.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 
 namespace {

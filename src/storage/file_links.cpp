@@ -1,8 +1,8 @@
 // Per-word file lists, the blocks queries read, in a memory file.
 #include "storage/file_links.h"
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 
 char *CFileLinks::writableRange(uint32_t position, uint32_t size) {

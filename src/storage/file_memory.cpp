@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <strings.h>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/description_io.h"
 #include "storage/table_sizes.h"
 

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 #include "storage/description_io.h"
 #include "storage/lower_case_table.h"

@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The memory file and saved description shared by both kinds of link lists.
 #include "storage/link_region.h"
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/byte_io.h"
 #include "storage/description_io.h"
 

@@ -3,8 +3,8 @@
 
 #include <strings.h>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "storage/description_io.h"
 
 CTextStorage::CTextStorage(const std::string &path, uint32_t initialSize, uint32_t increment,

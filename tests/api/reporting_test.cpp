@@ -1,8 +1,8 @@
 // The three host callbacks and the reporting entries.
 #include <gtest/gtest.h>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;

@@ -1,7 +1,7 @@
 // Every message key of the library has an English sentence with its argument.
 #include <gtest/gtest.h>
 
-#include "api/message_keys.h"
+#include "report/message_keys.h"
 #include "messages.h"
 
 using namespace kurvo_cli;

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "api/message_keys.h"
+#include "report/message_keys.h"
 #include "index_setup.h"
 
 using namespace kurvo_test;

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "api/message_keys.h"
+#include "report/message_keys.h"
 #include "index_setup.h"
 
 using namespace kurvo_test;

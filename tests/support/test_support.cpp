@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "api/reporting.h"
+#include "report/reporting.h"
 
 namespace kurvo_test {
 

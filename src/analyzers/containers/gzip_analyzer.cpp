@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "analyzers/containers/member_records.h"
+#include "analyzers/member_records.h"
 #include "index/kurvo_index.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "analyzers/containers/member_records.h"
+#include "analyzers/member_records.h"
 #include "index/kurvo_index.h"
 
 namespace {

@@ -11,8 +11,8 @@
 
 #include "analyzers/c_handles.h"
 #include "analyzers/containers/pdf_text.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <memory>
 
-#include "analyzers/containers/member_records.h"
+#include "analyzers/member_records.h"
 #include "index/kurvo_index.h"
 
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 #include "storage/byte_io.h"
 

@@ -1,12 +1,12 @@
 // Member names, records, analyzers and temporary copies for the container analyzers.
-#include "analyzers/containers/member_records.h"
+#include "analyzers/member_records.h"
 
 #include <cstdio>
 #include <cstring>
 
 #include "analyzers/file_analyzer.h"
-#include "api/message_keys.h"
-#include "api/reporting.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 #include "index/kurvo_index.h"
 
 const char *memberBaseName(const char *name) {

@@ -1,5 +1,5 @@
 // Error, warning and status reporting through the host's three callbacks.
-#include "api/reporting.h"
+#include "report/reporting.h"
 
 #include <unistd.h>
 
