@@ -14,7 +14,6 @@
 
 #include "scratch_folder.h"
 #include "storage/file_storage.h"
-#include "storage/lower_case_table.h"
 #include "storage/text_storage.h"
 
 namespace {
@@ -42,7 +41,6 @@ std::unique_ptr<CTextStorage> makeWordTable(const std::string &path) {
 // The indexer's pattern: look each word up and add it when new; every word
 // is met twice, so half the lookups hit.
 void BM_TextStorageAddText(benchmark::State &state) {
-  mapLowerCaseChars();
   const auto words = makeWords(static_cast<size_t>(state.range(0)));
   ScratchFolder folder;
   for (auto _ : state) {
@@ -57,7 +55,6 @@ void BM_TextStorageAddText(benchmark::State &state) {
 BENCHMARK(BM_TextStorageAddText)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void BM_TextStorageLookup(benchmark::State &state) {
-  mapLowerCaseChars();
   const auto words = makeWords(static_cast<size_t>(state.range(0)));
   ScratchFolder folder;
   auto table = makeWordTable(folder.file("words"));
@@ -74,7 +71,6 @@ BENCHMARK(BM_TextStorageLookup)->Arg(10000)->Arg(100000)->Arg(500000);
 // File lookups by name and parent; the file table never rehashes, so its
 // 1000 chains grow with the number of records.
 void BM_FileStorageLookupFile(benchmark::State &state) {
-  mapLowerCaseChars();
   const int count = static_cast<int>(state.range(0));
   ScratchFolder folder;
   CFileStorage files(folder.file("files"), 1000);

@@ -5,7 +5,6 @@
 #include "index/kurvo_index.h"
 #include "index/name_match.h"
 #include "kurvo.h"
-#include "storage/lower_case_table.h"
 #include "storage/storage_check.h"
 
 extern "C" {
@@ -19,10 +18,6 @@ KURVO_API void *kCreateNewIndex(int create, const char *storagePath) {
 }
 
 KURVO_API int kFileNameMatch(const char *name, const char *pattern) {
-  // Names are folded through the process-wide case table, which the index
-  // constructor fills; a host may well match names before opening an index.
-  static const bool caseTableReady = (mapLowerCaseChars(), true);
-  (void)caseTableReady;
   return fileNameMatch(name, pattern);
 }
 

@@ -11,7 +11,6 @@
 #include "storage/file_storage.h"
 #include "storage/hashed_storage.h"
 #include "storage/link_region.h"
-#include "storage/lower_case_table.h"
 #include "storage/text_storage.h"
 #include "storage/table_sizes.h"
 
@@ -274,6 +273,5 @@ class StoreChecker {
 }  // namespace
 
 uint32_t checkStorage(const std::string &folder, const DamageSink &sink) {
-  mapLowerCaseChars();  // the folding table that bucket numbers depend on
   return StoreChecker(folder, sink).run();
 }

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "index/name_match.h"
-#include "storage/lower_case_table.h"
 
 namespace {
 
@@ -16,7 +15,6 @@ struct MatchCase {
 
 class NameMatch : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { mapLowerCaseChars(); }
 };
 
 std::string describe(const MatchCase &c) { return std::string(c.name) + " ~ " + c.pattern; }

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "storage/file_storage.h"
-#include "storage/lower_case_table.h"
 #include "storage_test_util.h"
 #include "test_support.h"
 
@@ -17,7 +16,6 @@ namespace {
 
 class FileStorage : public ::testing::Test {
  protected:
-  void SetUp() override { mapLowerCaseChars(); }
 
   static uint32_t add(CFileStorage &t, const char *name, uint32_t parent, uint32_t size = 0) {
     const uint32_t n = t.addFile(name);

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "storage/byte_io.h"
-#include "storage/lower_case_table.h"
 #include "storage/text_storage.h"
 #include "storage_test_util.h"
 #include "test_support.h"
@@ -20,7 +19,6 @@ std::string wordName(uint32_t i) { return "w" + std::to_string(i); }
 
 class TextStorage : public ::testing::Test {
  protected:
-  void SetUp() override { mapLowerCaseChars(); }
   // The index's word table.
   CTextStorage wordTable() const { return CTextStorage(dir.file("words"), 131071, 1048575, 16, 40000); }
   TempDir dir;
