@@ -9,6 +9,7 @@
 
 #include "commands.h"
 #include "host_error.h"
+#include "kurvo.h"
 #include "library_callbacks.h"
 #include "man_page.h"
 #include "terminal_text.h"
@@ -61,6 +62,9 @@ int main(int argc, char **argv) {
   CLI::App app(kDescription, "kurvo");
   app.fallthrough();
   app.require_subcommand(0, 1);
+  const int version = kGetVersion();
+  app.set_version_flag("--version", "kurvo " + std::to_string(version / 10000) + "." +
+                                        std::to_string(version / 100 % 100) + "." + std::to_string(version % 100));
   app.add_option("--index,-i", global.index, "the named index to use")->default_str("default");
   app.add_option("--store", global.store, "use the storage folder DIR directly instead of a named index")
       ->type_name("DIR");
@@ -127,6 +131,8 @@ int main(int argc, char **argv) {
   } catch (const CLI::CallForHelp &e) {
     return app.exit(e);
   } catch (const CLI::CallForAllHelp &e) {
+    return app.exit(e);
+  } catch (const CLI::CallForVersion &e) {
     return app.exit(e);
   } catch (const CLI::ParseError &e) {
     std::cerr << "kurvo: " << e.what() << " (see: kurvo --help)\n";

@@ -30,6 +30,7 @@ const std::map<std::string, Sentence> &sentences() {
                        "a PDF inflates to more than kurvo reads from one PDF; the rest is left out"}},
       {"StorageByteOrder", {"the index at %s was written on a machine of the other byte order; rebuild it here with `kurvo index`",
                             "the index was written on a machine of the other byte order; rebuild it here with `kurvo index`"}},
+      {"FileSkipped", {"left out or read in part (reason and path): %s", "a file or folder was left out or read in part"}},
       {"HaltRequested", {"stopped on request", "stopped on request"}},
       {"PruneParentError", {"the index is damaged: a record's folder is missing; rebuild it with `kurvo index`",
                             "the index is damaged: a record's folder is missing; rebuild it with `kurvo index`"}},

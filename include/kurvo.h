@@ -49,9 +49,67 @@
 #define KURVO_API
 #endif
 
+/* The version of this header; kGetVersion gives the library's. */
+#define KURVO_VERSION_MAJOR 0
+#define KURVO_VERSION_MINOR 2
+#define KURVO_VERSION_PATCH 0
+
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ------------------------------------------------------------ message keys
+ *
+ * Every key the library sends, with its kind (E: error callback, W: warning
+ * callback, S: status callback) and its argument. Hosts translate the keys;
+ * the texts are not meant for users as they stand.
+ *
+ * E "StorageReadError"     a table or "hash" cannot be read or written;
+ *                          argument: the storage folder or table file.
+ * E "StorageByteOrder"     (beyond the classic keys) the index was stored on
+ *                          a machine of the other byte order; the folder.
+ * E "HaltRequested"        the status callback answered 0 during a walk or
+ *                          prune; "".
+ * E "PruneParentError"     pruning met a record whose folder is missing; "".
+ * E "SkipOpenFail"         "skipfile.txt" cannot be read; its path.
+ * E "externalAnalyzersFileTooBig"  "externanalyzers.txt" holds 65,535 bytes
+ *                          or more; its path.
+ * E "AssertionFailed"      a table, list or viewer is not as it must be (a
+ *                          damaged index, or a call out of order); "".
+ * E "EndOfContents"        the viewer was asked for a line past the last; "".
+ * E "NoFileContentsForDir" the viewer was opened on a folder record; "".
+ * E "ArchivesNestedTooDeep" the viewer met members nested too deep; "".
+ * E "ArchiveExtractError"  the viewer could not extract a member; "".
+ * E "CannotOpenContentsFile" a file to display cannot be opened; its path.
+ * E "NoMemory"             a display buffer cannot be allocated; "".
+ * E "UnmapFail"            a storage file cannot be unmapped; its path.
+ * E "FileMapWriteFail"     a storage file cannot be mapped or renamed; its path.
+ * E "MemFileOpenFail"      a storage file cannot be opened to grow; its path.
+ * E "MemFileExtendFail"    a storage file cannot grow (a full disk); the size.
+ * E "FileMapOpenRWFail"    a grown storage file cannot be mapped; its path.
+ * E "GetHugeSpace"         one request exceeds a table's growth step (see
+ *                          kidxSetGrowByRequest); the size.
+ * W "AnalyzerNotFound"     an include pattern names no registered analyzer;
+ *                          the name.
+ * S "Skipped Kurvo Directory" the walk met the storage folder itself; "".
+ * S "IndexingFile"         walk progress, at most once a second; the path, a
+ *                          TAB and the folders read so far.
+ * S "IndexingExcluded"     reading the skip-word file begins; "".
+ * S "BytesIndexing"        bytes read of one file (ShowStatus > 1); a number.
+ * S "DecodingGeneric"      display decoding, at most once a second; the
+ *                          path. Answering 0 stops decoding.
+ * S "DecodingPdf"          the same for a PDF.
+ * S "CountingCompress"     link compression's first pass; a percentage.
+ * S "CompLinksFmt"         link compression's second pass; "FROM<TAB>TO".
+ * S "Done"                 link compression finished; "".
+ * S "UpdatingStatus"       prune progress, at most once a second;
+ *                          "visited/total".
+ * Beyond the classic keys, sent whatever ShowStatus (answers are ignored):
+ * S "ExternalAnalyzerRejected" a converter entry was left out; its name.
+ * S "ArchiveTooDeep", "ArchiveTooLarge", "PdfTooLarge"  see the conventions
+ *                          above; the file's path.
+ * S "FileSkipped"          see kidxSetReportSkipped; reason, TAB, path.
+ */
 
 /* ---------------------------------------------------------------- callbacks */
 
@@ -90,12 +148,18 @@ KURVO_API int kRawStdoutWrite(const char *text);
  * on a machine of the other byte order: storage files hold host-order words). */
 KURVO_API void *kCreateNewIndex(int create, const char *storagePath);
 
+/* The library's version as MAJOR * 10000 + MINOR * 100 + PATCH; a host built
+ * against this header can compare it with the macros above. */
+KURVO_API int kGetVersion(void);
+
 /* 1 when name matches pattern: case-insensitive terms with '*' and '?',
  * joined by '|' (or) and '&' (and), '^' negating a term. */
 KURVO_API int kFileNameMatch(const char *name, const char *pattern);
 
-/* Release a block that the library allocated and handed to the host (it
- * came from the C library's malloc). NULL is ignored. */
+/* Release a block that the library allocated with the C library's malloc
+ * and handed to the host. No function of this version hands out such blocks
+ * (every text returned points into the library's own memory); the function
+ * stays for hosts written against the interface. NULL is ignored. */
 KURVO_API void kDeleteChar(void *block);
 
 /* Receives one damage found by kCheckStorage: the storage file's name
@@ -152,7 +216,9 @@ KURVO_API unsigned int kTextToUtf8(const char *text, char *out, unsigned int out
 KURVO_API void kidxClearIndex(void *index);
 
 /* Build the analyzer registry: the built-in analyzers ("generic", "macroman",
- * "dosoem", "html", "rtf"), then one external analyzer per entry of
+ * "dosoem", "html", "rtf", "zip", "tar", "gzip", "mbox", "pdf", and beyond the
+ * classic set "utf8" (UTF-8 text, folded into the index's character set) and
+ * "auto" (picks one of the others from a file's first bytes)), then one external analyzer per entry of
  * "externanalyzers.txt" in the folder three levels above the storage folder's
  * own name. An entry is three non-empty lines: the analyzer's name, the
  * extension of the converted file (without its dot, or "..." for the source's

@@ -3,5 +3,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build_dir="${BUILD_DIR:-build}"
-cmake -S . -B "$build_dir" -G Ninja "$@" >/dev/null
+werror=()
+# CI builds fail on any warning.
+[ "${CI:-}" = "true" ] && werror=(-DKURVO_WERROR=ON)
+cmake -S . -B "$build_dir" -G Ninja "${werror[@]}" "$@" >/dev/null
 cmake --build "$build_dir"

@@ -17,6 +17,10 @@ KURVO_API void *kCreateNewIndex(int create, const char *storagePath) {
   }
 }
 
+KURVO_API int kGetVersion(void) {
+  return KURVO_VERSION_MAJOR * 10000 + KURVO_VERSION_MINOR * 100 + KURVO_VERSION_PATCH;
+}
+
 KURVO_API int kFileNameMatch(const char *name, const char *pattern) {
   return fileNameMatch(name, pattern);
 }

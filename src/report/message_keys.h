@@ -53,4 +53,13 @@ inline constexpr const char kPdfTooLarge[] = "PdfTooLarge";
 // ("folder", "file", "path" or "cut"), a TAB and the path.
 inline constexpr const char kFileSkipped[] = "FileSkipped";
 
+// Every key above, for hosts' tables and their tests.
+inline constexpr const char *kAllKeys[] = {
+    kAnalyzerNotFound, kStorageReadError, kStorageByteOrder, kHaltRequested, kPruneParentError, kSkipOpenFail,
+    kExternalAnalyzersFileTooBig, kAssertionFailed, kEndOfContents, kNoFileContentsForDir, kArchivesNestedTooDeep,
+    kArchiveExtractError, kCannotOpenContentsFile, kNoMemory, kUnmapFail, kFileMapWriteFail, kMemFileOpenFail,
+    kMemFileExtendFail, kFileMapOpenRWFail, kGetHugeSpace, kSkippedKurvoDirectory, kIndexingFile,
+    kIndexingExcluded, kBytesIndexing, kDecodingGeneric, kDecodingPdf, kCountingCompress, kCompLinksFmt, kDone,
+    kUpdatingStatus, kExternalAnalyzerRejected, kArchiveTooDeep, kArchiveTooLarge, kPdfTooLarge, kFileSkipped};
+
 }  // namespace kurvo_keys

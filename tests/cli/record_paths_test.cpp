@@ -24,29 +24,25 @@ RecordTable sampleTable() {
   return t;
 }
 
-struct PathCase {
-  uint32_t record;
-  const char *path;
-};
-
-class RecordPath : public ::testing::TestWithParam<PathCase> {};
-
-TEST_P(RecordPath, IsBuiltFromTheChain) {
+TEST(RecordPaths, AreBuiltFromTheParentChain) {
+  const struct {
+    uint32_t record;
+    const char *path;
+  } cases[] = {
+      {60, "/docs/notes.txt"},
+      {150, "/docs/docs.zip::inner.tar::notes.txt"},
+      {36, ""},   // a folder is no result
+      {180, ""},  // deleted
+      {210, ""},  // container deleted
+      {240, ""},  // parent missing
+      {300, "/top.txt"},
+      {330, ""},  // parent chain loops
+      {12345, ""},
+  };
   RecordTable t = sampleTable();
   RecordPaths paths(t);
-  EXPECT_EQ(paths.filePath(GetParam().record), GetParam().path);
+  for (const auto &c : cases) EXPECT_EQ(paths.filePath(c.record), c.path) << "record " << c.record;
 }
-
-INSTANTIATE_TEST_SUITE_P(RecordPaths, RecordPath,
-                         ::testing::Values(PathCase{60, "/docs/notes.txt"},
-                                           PathCase{150, "/docs/docs.zip::inner.tar::notes.txt"},
-                                           PathCase{36, ""},   // a folder is no result
-                                           PathCase{180, ""},  // deleted
-                                           PathCase{210, ""},  // container deleted
-                                           PathCase{240, ""},  // parent missing
-                                           PathCase{300, "/top.txt"},
-                                           PathCase{330, ""},  // parent chain loops
-                                           PathCase{12345, ""}));
 
 TEST(RecordPaths, FindsLiveFilesByPath) {
   RecordTable t = sampleTable();

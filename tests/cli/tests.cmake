@@ -5,6 +5,7 @@ if(TARGET kurvo_cli_support)
   add_executable(kurvo_cli_tests ${kurvo_cli_unit})
   target_include_directories(kurvo_cli_tests PRIVATE ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(kurvo_cli_tests PRIVATE kurvo_cli_support GTest::gtest GTest::gtest_main)
+  target_compile_definitions(kurvo_cli_tests PRIVATE KURVO_HEADER="${PROJECT_SOURCE_DIR}/include/kurvo.h")
   gtest_discover_tests(kurvo_cli_tests DISCOVERY_TIMEOUT 60)
 endif()
 
