@@ -269,31 +269,6 @@ int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
   return kExitFound;
 }
 
-int fullBuild(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
-              const std::vector<std::string> &folders) {
-  prepareHome(loc);
-  StoreSwap swap(loc.storeDir);
-  swap.prepareEmpty();
-  auto start = std::chrono::steady_clock::now();
-  int64_t startedAt = unixNow();
-  RunSummary summary;
-  {
-    Progress progress(progressWanted(global));
-    IndexSession session(swap.workDir(), true);
-    void *index = session.handle();
-    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, true);
-    progress.setIndex(index);
-    runStep([&] { kidxEmptyIndex(index); });
-    runStep([&] { kidxNewFileLinks(index); });
-    runStep([&] { kidxIndexExclusions(index); });
-    indexFolders(index, folders);
-    finishRun(session, progress, settings, false);
-    summary = readCounters(index, "index", start);
-  }
-  settings.folders = folders;
-  return completeRun(swap, loc, settings, summary, startedAt, global);
-}
-
 // Reads every record once: a damaged file table is refused here, before
 // pruning walks it, and the count gives the progress line its percentage.
 // A top folder that cannot be reached (an unmounted drive, a moved folder)
@@ -318,34 +293,50 @@ unsigned checkRecordsAndKeepMissing(void *index, const std::vector<std::string> 
   return static_cast<unsigned>(reader.records().size());
 }
 
-int updateRun(const GlobalOptions &global, const IndexLocation &loc, Settings settings,
-              const std::vector<std::string> &added) {
+// Before an update walks anything: counters from zero, the last run's start
+// as the time base, and pruning, which takes in changes below known folders.
+void prepareUpdate(void *index, Progress &progress, const Settings &settings, const IndexLocation &loc,
+                   const GlobalOptions &global) {
+  progress.setRecordTotal(checkRecordsAndKeepMissing(index, settings.folders, global));
+  resetCounters(index);
+  kidxSetTimeBase(index, macFromUnix(settings.timeBase));
+  kidxSetIsUpdate(index, 1);
+  // A report of a broken file table goes beside the index, not into the current folder.
+  kidxSetReportFolder(index, std::filesystem::path(loc.settingsPath).parent_path().parent_path().c_str());
+  // Reopened tables stay read-only until pruning makes them writable.
+  runStep([&] { kidxPrune(index); });
+}
+
+// One run: a full build of folders into an empty work folder, or an update
+// of a copy of the index that also walks the folders given (new ones).
+int indexRun(const GlobalOptions &global, const IndexLocation &loc, Settings settings, bool update,
+             const std::vector<std::string> &folders) {
   prepareHome(loc);
   StoreSwap swap(loc.storeDir);
-  swap.prepareCopy();
+  if (update) swap.prepareCopy();
+  else swap.prepareEmpty();
   auto start = std::chrono::steady_clock::now();
   int64_t startedAt = unixNow();
   RunSummary summary;
   {
     Progress progress(progressWanted(global));
-    IndexSession session(swap.workDir(), false);
+    IndexSession session(swap.workDir(), !update);
     void *index = session.handle();
-    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, false);
+    noteMissingAnalyzers(session.configure(settings.options, skipFileOf(loc), true), global, !update);
     progress.setIndex(index);
-    progress.setRecordTotal(checkRecordsAndKeepMissing(index, settings.folders, global));
-    resetCounters(index);
-    kidxSetTimeBase(index, macFromUnix(settings.timeBase));
-    kidxSetIsUpdate(index, 1);
-    // A report of a broken file table goes beside the index, not into the current folder.
-    kidxSetReportFolder(index, std::filesystem::path(loc.settingsPath).parent_path().parent_path().c_str());
-    // Reopened tables stay read-only until pruning makes them writable.
-    runStep([&] { kidxPrune(index); });
+    if (update) {
+      prepareUpdate(index, progress, settings, loc, global);
+    } else {
+      runStep([&] { kidxEmptyIndex(index); });
+      runStep([&] { kidxNewFileLinks(index); });
+    }
     runStep([&] { kidxIndexExclusions(index); });
-    indexFolders(index, added);
-    finishRun(session, progress, settings, true);
-    summary = readCounters(index, "update", start);
+    indexFolders(index, folders);
+    finishRun(session, progress, settings, update);
+    summary = readCounters(index, update ? "update" : "index", start);
   }
-  for (const std::string &folder : added) settings.folders.push_back(folder);
+  if (update) settings.folders.insert(settings.folders.end(), folders.begin(), folders.end());
+  else settings.folders = folders;
   return completeRun(swap, loc, settings, summary, startedAt, global);
 }
 
@@ -392,13 +383,13 @@ int runIndex(const GlobalOptions &global, const IndexCommandOptions &options) {
   bool exists = indexExists(loc);
   if (options.add) {
     if (options.folders.empty()) throw HostError("--add needs at least one folder");
-    if (exists) return updateRun(global, loc, settings, foldersToAdd(options.folders, settings, global));
-    return fullBuild(global, loc, settings, topFolders(options.folders, global.quiet));
+    if (exists) return indexRun(global, loc, settings, true, foldersToAdd(options.folders, settings, global));
+    return indexRun(global, loc, settings, false, topFolders(options.folders, global.quiet));
   }
-  if (!options.forget.empty()) return fullBuild(global, loc, settings, foldersLeft(settings, options.forget));
+  if (!options.forget.empty()) return indexRun(global, loc, settings, false, foldersLeft(settings, options.forget));
   std::vector<std::string> given = options.folders.empty() ? settings.folders : options.folders;
   if (given.empty()) throw HostError("name at least one folder to index, as in: kurvo index ~/Documents");
-  return fullBuild(global, loc, settings, topFolders(given, global.quiet));
+  return indexRun(global, loc, settings, false, topFolders(given, global.quiet));
 }
 
 int runUpdate(const GlobalOptions &global) {
@@ -407,7 +398,7 @@ int runUpdate(const GlobalOptions &global) {
   if (!indexExists(loc)) {
     throw HostError("there is no index \"" + loc.name + "\" yet; build it with: kurvo index FOLDER");
   }
-  return updateRun(global, loc, loadSettings(settingsToRead(loc)), {});
+  return indexRun(global, loc, loadSettings(settingsToRead(loc)), true, {});
 }
 
 }  // namespace kurvo_cli

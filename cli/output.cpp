@@ -9,13 +9,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "kurvo.h"
 #include "terminal_text.h"
 
 namespace kurvo_cli {
 
 namespace {
 
-constexpr double kMacEpochOffset = 2082844800.0;
 const char kHighlightOn[] = "\x1b[1;31m";
 const char kHighlightOff[] = "\x1b[0m";
 const char kPlainMark[] = "";
@@ -69,8 +69,8 @@ std::string localTime(int64_t unixSeconds) {
   return buffer;
 }
 
-int64_t unixFromMac(double macTime) { return static_cast<int64_t>(macTime - kMacEpochOffset); }
-double macFromUnix(int64_t unixSeconds) { return static_cast<double>(unixSeconds) + kMacEpochOffset; }
+int64_t unixFromMac(double macTime) { return static_cast<int64_t>(macTime - KURVO_MAC_EPOCH_OFFSET); }
+double macFromUnix(int64_t unixSeconds) { return static_cast<double>(unixSeconds) + KURVO_MAC_EPOCH_OFFSET; }
 
 std::string dumpJson(const nlohmann::json &value, int indent) {
   return value.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);

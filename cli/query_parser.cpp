@@ -4,6 +4,8 @@
 #include <cctype>
 #include <utility>
 
+#include "kurvo.h"
+
 namespace kurvo_cli {
 
 WordCharacters defaultWordCharacters() {
@@ -18,16 +20,7 @@ WordCharacters defaultWordCharacters() {
 
 std::string foldCase(const std::string &text) {
   std::string out = text;
-  for (char &ch : out) {
-    unsigned char c = static_cast<unsigned char>(ch);
-    if (c >= 'A' && c <= 'Z') c = static_cast<unsigned char>(c + 0x20);
-    else if (c >= 0xC1 && c <= 0xDE) c = static_cast<unsigned char>(c + 0x20);
-    else if (c >= 0x8A && c <= 0x8F) c = static_cast<unsigned char>(c + 0x10);
-    else if (c == 0xA3) c = 0xB3;
-    else if (c == 0xA5) c = 0xB9;
-    else if (c == 0xAF) c = 0xBF;
-    ch = static_cast<char>(c);
-  }
+  kFoldCase(out.data());
   return out;
 }
 

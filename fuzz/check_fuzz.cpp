@@ -1,10 +1,10 @@
 // Fuzzes the store check and the link measure over one replaced storage file.
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
 #include "index/kurvo_index.h"
+#include "small_store.h"
 #include "storage/storage_check.h"
 
 namespace {
@@ -13,21 +13,7 @@ const char *const kFiles[] = {"hash", "files", "words", "skipped", "links"};
 
 // A small stored index, kept whole in memory so that each input starts from it.
 struct Store {
-  Store() {
-    char pattern[] = "/tmp/kurvo-fuzz-XXXXXX";
-    std::string root = mkdtemp(pattern);
-    path = root + "/a/b/c/";
-    std::system(("mkdir -p " + path).c_str());
-    CKurvoIndex index(true, path);
-    index.newFileLinks();
-    uint32_t folder = index.files->addFile("/tmp");
-    for (const char *name : {"x.txt", "y.txt"}) {
-      uint32_t file = index.files->addFile(name);
-      file_record::setParent(index.files->getData(file), folder);
-      for (const char *word : {"alpha", "beta", "gamma"}) index.indexWord(word, file);
-    }
-    index.compressLinks();
-    index.storeStorage(path);
+  Store() : path(makeSmallStore()) {
     for (int i = 0; i < 5; ++i) {
       std::ifstream in(path + kFiles[i], std::ios::binary);
       pristine[i].assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

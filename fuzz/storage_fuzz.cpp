@@ -6,30 +6,14 @@
 #include <string>
 
 #include "index/kurvo_index.h"
+#include "small_store.h"
 #include "storage/byte_io.h"
 
 namespace {
 
 // A small stored index whose "hash" each input replaces.
 struct Store {
-  Store() {
-    char pattern[] = "/tmp/kurvo-fuzz-XXXXXX";
-    std::string root = mkdtemp(pattern);
-    path = root + "/a/b/c/";
-    std::system(("mkdir -p " + path).c_str());
-    CKurvoIndex index(true, path);
-    index.newFileLinks();
-    uint32_t folder = index.files->addFile("/tmp");
-    uint32_t file = index.files->addFile("x.txt");
-    file_record::setParent(index.files->getData(file), folder);
-    for (const char *word : {"alpha", "beta", "gamma"}) {
-      index.indexWord(word, folder);
-      index.indexWord(word, file);
-    }
-    index.compressLinks();
-    index.storeStorage(path);
-  }
-  std::string path;
+  std::string path = makeSmallStore();
 };
 
 void walk(CKurvoIndex &index) {

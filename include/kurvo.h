@@ -21,7 +21,7 @@
  *   the call. Texts returned by the table functions point into the library's
  *   memory and stay valid until the table grows or is freed.
  * - Times cross this interface as double seconds since 1904-01-01 00:00 UTC;
- *   subtract 2082844800.0 to get Unix time.
+ *   subtract KURVO_MAC_EPOCH_OFFSET (2082844800.0) to get Unix time.
  * - Everything runs on the caller's thread; the library locks nothing, so
  *   one index must be driven by one thread at a time.
  * - minizip's unzip functions (unzOpen, unzReadCurrentFile, ...) are reachable
@@ -48,6 +48,10 @@
 #else
 #define KURVO_API
 #endif
+
+/* Seconds from 1904-01-01 00:00 UTC, the epoch of every time on this
+ * interface, to the Unix epoch. */
+#define KURVO_MAC_EPOCH_OFFSET 2082844800.0
 
 /* The version of this header; kGetVersion gives the library's. */
 #define KURVO_VERSION_MAJOR 0
@@ -208,6 +212,13 @@ KURVO_API void convertFromHex(const char *input, unsigned int length, unsigned c
  * The caller owns every buffer. */
 KURVO_API unsigned int kTextFromUtf8(const char *utf8, char *out, unsigned int outSize);
 KURVO_API unsigned int kTextToUtf8(const char *text, char *out, unsigned int outSize);
+
+/* Beyond the classic interface: fold the NUL-terminated text to lower case in
+ * place, as the index folds words and names (A-Z, the Latin-1 capitals
+ * 0xC1-0xDE, and the Windows-1250 capitals at 0x8A-0x8F, 0xA3, 0xA5, 0xAF);
+ * every other byte stays. ktsLookup compares ASCII case only, so a host folds
+ * a word before looking it up. The caller owns the text. */
+KURVO_API void kFoldCase(char *text);
 
 /* -------------------------------------------------------------------- index */
 

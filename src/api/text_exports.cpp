@@ -4,6 +4,7 @@
 
 #include "analyzers/utf8_decoder.h"
 #include "kurvo.h"
+#include "storage/lower_case_table.h"
 
 namespace {
 
@@ -29,6 +30,14 @@ KURVO_API unsigned int kTextFromUtf8(const char *utf8, char *out, unsigned int o
   if (utf8) decoder.decode(utf8, std::strlen(utf8), true, text);
   copyOut(text, out, outSize, false);
   return static_cast<unsigned int>(decoder.foreignCount());
+}
+
+KURVO_API void kFoldCase(char *text) {
+  for (char *p = text; p && *p; ++p) {
+    // DEL folds to 0 only to end hashed texts; here it stays itself.
+    const unsigned char folded = lowerCase(static_cast<unsigned char>(*p));
+    if (folded != 0) *p = static_cast<char>(folded);
+  }
 }
 
 KURVO_API unsigned int kTextToUtf8(const char *text, char *out, unsigned int outSize) {

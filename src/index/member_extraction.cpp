@@ -5,19 +5,12 @@
 
 #include "analyzers/file_analyzer.h"
 #include "index/kurvo_index.h"
-#include "index/name_match.h"
 
 std::string CKurvoIndex::extractToTempFile(const char *archivePath, const char *memberName,
                                            uint32_t memberNumber) {
   // The archive's analyzer is the one its include pattern names, exactly as
   // when the archive was indexed.
-  CFileAnalyzer *archiveAnalyzer = nullptr;
-  for (int i = 0; includePatterns && includePatterns[i]; ++i) {
-    if (termMatch(archivePath, includePatterns[i])) {
-      archiveAnalyzer = includeAnalyzers[i];
-      break;
-    }
-  }
+  CFileAnalyzer *archiveAnalyzer = analyzerThatMatches(archivePath);
   if (!archiveAnalyzer) return "";
 
   // The temporary file keeps the member's extension so that the member's own

@@ -5,11 +5,12 @@
 #include <cstdio>
 
 #include "storage/hashed_storage.h"
+#include "kurvo.h"
 #include "storage/record_finder.h"
 
 constexpr uint32_t kFileStorageMagic = 12370001;
 // Seconds from 1904-01-01 (the host's epoch) to 1970-01-01.
-constexpr double kMacEpochOffset = 2082844800.0;
+constexpr double kMacEpochOffset = KURVO_MAC_EPOCH_OFFSET;
 // A host time (seconds since 1904) as stored seconds since 1970, truncated
 // toward zero; times outside the 32-bit range are pinned to its ends.
 int32_t unixFromMacTime(double macTime);

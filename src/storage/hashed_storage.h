@@ -32,7 +32,6 @@ class CHashedStorage : public CFileMemory {
   // The entry's text, or null when it is out of range or unterminated.
   char *getText(uint32_t textOffset) const;
 
-  uint32_t getPrefixSize() const { return m_nPrefixSize; }
   uint32_t getBucketCount() const { return m_nBucketCount; }
 
  protected:

@@ -1,6 +1,8 @@
 // CFileMemory: growth, the huge-request limit and the on-disk header.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -87,6 +89,17 @@ TEST(FileMemory, DisableWriteSavesTheHeaderAndThePathConstructorReadsIt) {
   EXPECT_EQ(again.getPointer(116), nullptr);
   ASSERT_TRUE(again.enableWrite());
   EXPECT_EQ(again.getNewSpace(10), 116u);
+
+  // A region whose file was renamed (as compaction renames a new "links")
+  // reopens under the name it is given.
+  const std::string moved = dir.file("moved");
+  ASSERT_EQ(std::rename(path.c_str(), moved.c_str()), 0);
+  again.setStoragePath(moved);
+  EXPECT_EQ(again.getStoragePath(), moved);
+  ASSERT_TRUE(again.disableWrite());
+  EXPECT_EQ(std::string(again.getPointer(marker), 4), "mark");
+  again.clearAll();
+  EXPECT_EQ(again.getStoragePath(), ".");
 }
 
 TEST(FileMemory, FileShorterThanTheHeaderLeavesTheRegionDetachedQuietly) {
