@@ -13,6 +13,7 @@
 #include "storage/word_links.h"
 
 class CFileAnalyzer;
+struct stat;
 
 class CKurvoIndex {
  public:
@@ -66,6 +67,8 @@ class CKurvoIndex {
   void indexDirectory(const char *folderPath, uint32_t parentId);
   void updateDirectory(const char *folderPath, uint32_t folderId);
   void prune();
+  std::string prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched);
+  void refreshChangedFile(uint32_t record, const std::string &path, const struct stat &info);
   void compressLinks();
   // Beyond the classic behaviour: one block per word without removed files,
   // in a new "links" that replaces the old one only once it is complete.

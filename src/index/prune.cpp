@@ -8,6 +8,7 @@
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "index/kurvo_index.h"
+#include "storage/table_sizes.h"
 
 namespace {
 
@@ -48,11 +49,61 @@ std::string progressText(uint32_t visited, uint32_t total) {
 
 }  // namespace
 
+// The path of a folder or of a file in a folder; "" for a member of an
+// archive or mailbox, which only its container knows.
+std::string CKurvoIndex::prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched) {
+  const uint32_t parent = file_record::parent(data);
+  if (parent == 0) return file_record::name(data);
+  const char *folder = files->getData(parent);
+  if (!folder) {
+    try {
+      throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    } catch (int) {
+      writeDeadParentReport(reportFolder, file_record::name(data), record, parent, lastParentFetched);
+      throwKurvoError(kurvo_keys::kPruneParentError, "");
+    }
+  }
+  lastParentFetched = parent;
+  if (file_record::parent(folder) != 0) return "";
+  return std::string(file_record::name(folder)) + '/' + file_record::name(data);
+}
+
+// A changed file: its record takes the new time and size, and a file that an
+// analyzer reads goes under a new record with its words; the old record's
+// links then point at a deleted entry, which readers pass over.
+void CKurvoIndex::refreshChangedFile(uint32_t record, const std::string &path, const struct stat &info) {
+  CFileAnalyzer *analyzer = analyzerThatMatches(path.c_str());
+  if (analyzer && isExcluded(path.c_str())) analyzer = nullptr;
+  if (!analyzer && !TrackAll) return;
+
+  const int32_t modified = static_cast<int32_t>(info.st_mtime);
+  const uint32_t size = static_cast<uint32_t>(info.st_size);
+  char *old = files->getData(record);
+  file_record::setTime(old, modified);
+  file_record::setAttributes(old, 0);
+  file_record::setSize(old, size);
+  if (!analyzer) return;
+
+  ++FilesIndexed;
+  const uint32_t parent = file_record::parent(old);
+  const std::string name = file_record::name(old);
+  const uint32_t fresh = files->addFile(name.c_str());
+  ++ContentsIndexed;
+  file_record::markObsolete(files->getData(record));
+  char *current = files->getData(fresh);
+  file_record::setTime(current, modified);
+  file_record::setAttributes(current, 0);
+  file_record::setParent(current, parent);
+  file_record::setSize(current, size);
+  if (S_ISREG(info.st_mode) && !analyzer->indexFile(path.c_str(), fresh)) reportSkipped("file", path);
+}
+
 void CKurvoIndex::prune() {
   // New words of this run collect in a fresh word-link list for compressLinks.
   delete wordLinks;
   wordLinks = nullptr;
-  wordLinks = new CWordLinks(storagePath + "temp", 65535, 1048575, UseRanking);
+  wordLinks = new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment,
+                             UseRanking);
   enableWrite(true);
 
   // Records added from here on (updates, re-indexed files) are not revisited.
@@ -68,28 +119,9 @@ void CKurvoIndex::prune() {
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     if (file_record::isObsolete(data)) continue;
+    const std::string path = prunedPath(record, data, lastParentFetched);
+    if (path.empty() || isKept(keptFolders, path)) continue;
 
-    const uint32_t parent = file_record::parent(data);
-    std::string path;
-    if (parent == 0) {
-      path = file_record::name(data);
-    } else {
-      const char *folder = files->getData(parent);
-      if (!folder) {
-        try {
-          throwKurvoError(kurvo_keys::kAssertionFailed, "");
-        } catch (int) {
-          writeDeadParentReport(reportFolder, file_record::name(data), record, parent, lastParentFetched);
-          throwKurvoError(kurvo_keys::kPruneParentError, "");
-        }
-      }
-      lastParentFetched = parent;
-      // A file as parent: an archive or mail member, which only its container knows.
-      if (file_record::parent(folder) != 0) continue;
-      path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
-    }
-
-    if (isKept(keptFolders, path)) continue;
     struct stat info;
     if (stat(path.c_str(), &info) != 0) {
       file_record::markObsolete(files->getData(record));
@@ -97,38 +129,12 @@ void CKurvoIndex::prune() {
     }
     const int32_t modified = static_cast<int32_t>(info.st_mtime);
     const bool changed = modified > TimeBase || (ExactUpdates && differsFromRecord(data, info));
-
-    if (parent == 0) {
+    if (file_record::parent(data) == 0) {
       if (changed) updateDirectory(path.c_str(), record);
       // Remembered, so that the folder is walked again only when it changes.
       if (changed && ExactUpdates) file_record::setTime(files->getData(record), modified);
       continue;
     }
-    if (!changed) continue;
-
-    CFileAnalyzer *analyzer = analyzerThatMatches(path.c_str());
-    if (analyzer && isExcluded(path.c_str())) analyzer = nullptr;
-    if (!analyzer && !TrackAll) continue;
-
-    const uint32_t size = static_cast<uint32_t>(info.st_size);
-    char *old = files->getData(record);
-    file_record::setTime(old, modified);
-    file_record::setAttributes(old, 0);
-    file_record::setSize(old, size);
-    if (!analyzer) continue;
-
-    // Changed contents go under a new record; the old record's links then
-    // point at a deleted entry, which readers pass over.
-    ++FilesIndexed;
-    const std::string name = file_record::name(old);
-    const uint32_t fresh = files->addFile(name.c_str());
-    ++ContentsIndexed;
-    file_record::markObsolete(files->getData(record));
-    char *current = files->getData(fresh);
-    file_record::setTime(current, modified);
-    file_record::setAttributes(current, 0);
-    file_record::setParent(current, parent);
-    file_record::setSize(current, size);
-    if (S_ISREG(info.st_mode) && !analyzer->indexFile(path.c_str(), fresh)) reportSkipped("file", path);
+    if (changed) refreshChangedFile(record, path, info);
   }
 }
