@@ -29,6 +29,8 @@ class CFileContents {
   char *searchBuffer(char *from, const char *query, int distance, bool backward);
   bool containsHit(const char *query);
   bool isMatch(const char *text, const char *term, bool first) const;
+  bool termMarks(char *word, const char *query);
+  char *adjacentWord(char *word, bool backward) const;
   uint32_t tokenLength(uint32_t offset) const;
   void convertToOutline(const char *query);
   const char *filePath() const { return path.c_str(); }

@@ -78,78 +78,82 @@ bool CFileContents::isMatch(const char *text, const char *term, bool first) cons
   return !isTermByte(trailingCharClass, term);
 }
 
+// Whether a term of query marks word: it matches, and when "<" follows it,
+// the rest of the query is found within the distance after the word. Terms
+// after "+" are required elsewhere and never mark a word.
+bool CFileContents::termMarks(char *word, const char *query) {
+  const char *q = query;
+  while (*q) {
+    if (*q == '+') {
+      ++q;
+      while (isBlank(*q)) ++q;
+      if (*q == '(')
+        q = skipGroup(q);
+      else
+        while (isTermByte(trailingCharClass, q)) ++q;
+      continue;
+    }
+    if (!isTermByte(trailingCharClass, q)) {
+      ++q;
+      continue;
+    }
+    const char *term = q;
+    while (isTermByte(trailingCharClass, q)) ++q;
+    const char *after = q;
+    while (isBlank(*after)) ++after;
+    const bool matches = isMatch(word, term, true);
+    if (*after != '<') {
+      if (matches) return true;
+      continue;
+    }
+    int near = 0;
+    bool given = false;
+    q = readDistance(after + 1, near, given);
+    if (!given) near = defaultDistance;
+    if (matches) {
+      char *start = word + 1;
+      char *found = searchBuffer(start, q, near, false);
+      if (*found && found > contentsText && found != start) return true;
+    }
+  }
+  return false;
+}
+
+// The word after word, or before it going backward; null when there is no
+// word before it.
+char *CFileContents::adjacentWord(char *word, bool backward) const {
+  if (!backward) {
+    ++word;
+    while (inClass(trailingCharClass, word)) ++word;
+    while (*word && !inClass(firstCharClass, word)) ++word;
+    return word;
+  }
+  if (word == contentsText) return nullptr;
+  char *previous = word;
+  while (previous > contentsText && !inClass(trailingCharClass, previous - 1)) --previous;
+  while (previous > contentsText && inClass(trailingCharClass, previous - 1)) --previous;
+  while (previous < word && !inClass(firstCharClass, previous)) ++previous;
+  return previous == word ? nullptr : previous;
+}
+
 char *CFileContents::searchBuffer(char *from, const char *query, int distance, bool backward) {
   if (!contentsText) return nullptr;
   char *word = from;
-  if (!backward) {
-    while (*word && !inClass(firstCharClass, word)) ++word;
-  } else {
+  if (backward) {
     while (word > contentsText && !inClass(trailingCharClass, word - 1)) --word;
     while (word > contentsText && inClass(trailingCharClass, word - 1)) --word;
-    while (*word && !inClass(firstCharClass, word)) ++word;
   }
+  while (*word && !inClass(firstCharClass, word)) ++word;
 
   for (int examined = 0;; ++examined) {
     if (*word == '\0') return word;
     // Out of reach: the search ends at the terminating NUL. Its place is
     // known, so a failed proximity test does not scan the rest of the text.
     if (distance > 0 && examined > distance) return contentsText + contentsLength;
-
-    // Try every term of the query on this word.
-    const char *q = query;
-    while (*q) {
-      if (*q == '+') {
-        ++q;
-        while (isBlank(*q)) ++q;
-        if (*q == '(')
-          q = skipGroup(q);
-        else
-          while (isTermByte(trailingCharClass, q)) ++q;
-        continue;
-      }
-      if (!isTermByte(trailingCharClass, q)) {
-        ++q;
-        continue;
-      }
-      const char *term = q;
-      while (isTermByte(trailingCharClass, q)) ++q;
-      const char *after = q;
-      while (isBlank(*after)) ++after;
-      bool matches = isMatch(word, term, true);
-      if (*after != '<') {
-        if (matches) return word;
-        continue;
-      }
-      int near = 0;
-      bool given = false;
-      q = readDistance(after + 1, near, given);
-      if (!given) near = defaultDistance;
-      if (matches) {
-        char *start = word + 1;
-        char *found = searchBuffer(start, q, near, false);
-        if (*found && found > contentsText && found != start) return word;
-      }
-    }
-
-    // No term marks this word: on to the next one.
-    if (!backward) {
-      ++word;
-      while (inClass(trailingCharClass, word)) ++word;
-      while (*word && !inClass(firstCharClass, word)) ++word;
-    } else {
-      if (word == contentsText) {
-        // The byte before the text: callers compare against it, never read it.
-        return reinterpret_cast<char *>(reinterpret_cast<uintptr_t>(contentsText) - 1);
-      }
-      char *previous = word;
-      while (previous > contentsText && !inClass(trailingCharClass, previous - 1)) --previous;
-      while (previous > contentsText && inClass(trailingCharClass, previous - 1)) --previous;
-      while (previous < word && !inClass(firstCharClass, previous)) ++previous;
-      if (previous == word) {
-        return reinterpret_cast<char *>(reinterpret_cast<uintptr_t>(contentsText) - 1);
-      }
-      word = previous;
-    }
+    if (termMarks(word, query)) return word;
+    word = adjacentWord(word, backward);
+    // The byte before the text: callers compare against it, never read it.
+    if (!word) return reinterpret_cast<char *>(reinterpret_cast<uintptr_t>(contentsText) - 1);
   }
 }
 
