@@ -42,7 +42,8 @@ std::string deflatedBomb(uint64_t mebibytes) {
 
 std::string pdfWithStreams(const std::string &stream, int count) {
   std::string pdf = "%PDF-1.4\n";
-  for (int i = 0; i < count; ++i) pdf += "1 0 obj\n<</Filter/FlateDecode>>\nstream\n" + stream + "\nendstream\nendobj\n";
+  for (int i = 0; i < count; ++i)
+    pdf += "1 0 obj\n<</Filter/FlateDecode>>\nstream\n" + stream + "\nendstream\nendobj\n";
   return pdf + "%%EOF\n";
 }
 
@@ -69,8 +70,8 @@ double indexInChild(const ScratchFolder &folder, const std::string &path) {
 void BM_PdfInflationBomb(benchmark::State &state) {
   ScratchFolder folder;
   const std::string path = folder.file("bomb.pdf");
-  const std::string pdf = pdfWithStreams(deflatedBomb(static_cast<uint64_t>(state.range(0))),
-                                         static_cast<int>(state.range(1)));
+  const std::string pdf =
+      pdfWithStreams(deflatedBomb(static_cast<uint64_t>(state.range(0))), static_cast<int>(state.range(1)));
   std::ofstream(path, std::ios::binary) << pdf;
   double peak = 0;
   for (auto _ : state) peak = indexInChild(folder, path);

@@ -54,8 +54,10 @@ std::string formatByteRanges(const ByteSet &set) {
     int end = c;
     while (end + 1 < 256 && set[end + 1]) ++end;
     char buffer[16];
-    if (end == c) std::snprintf(buffer, sizeof buffer, "%02x", c);
-    else std::snprintf(buffer, sizeof buffer, "%02x-%02x", c, end);
+    if (end == c)
+      std::snprintf(buffer, sizeof buffer, "%02x", c);
+    else
+      std::snprintf(buffer, sizeof buffer, "%02x-%02x", c, end);
     if (!out.empty()) out += ",";
     out += buffer;
     c = end + 1;

@@ -13,10 +13,10 @@ ByteSet parseByteRanges(const std::string &text, const std::string &what);
 std::string formatByteRanges(const ByteSet &set);
 
 struct CharClasses {
-  ByteSet wordStart{};   // may start a word
-  ByteSet wordRest{};    // may continue a word
-  ByteSet viewable{};    // shown by the viewer
-  ByteSet nonAlpha{};    // counts as a non-letter inside a word
+  ByteSet wordStart{};  // may start a word
+  ByteSet wordRest{};   // may continue a word
+  ByteSet viewable{};   // shown by the viewer
+  ByteSet nonAlpha{};   // counts as a non-letter inside a word
 };
 
 // Letters of ISO-8859-1 / Windows-1252 and the digits start and continue

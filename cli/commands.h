@@ -24,15 +24,15 @@ struct IndexCommandOptions {
   int minWordLength = -1;
   int maxWordLength = -1;
   int maxFileRead = -1;
-  int ranking = -1;   // -1: keep, 0 off, 1 on
+  int ranking = -1;  // -1: keep, 0 off, 1 on
   int trackAll = -1;
   std::string tempDir;
   int converterTimeout = -1;         // seconds; -1: keep
   double converterMaxOutput = -1;    // bytes; -1: keep
   std::vector<std::string> include;  // PATTERN or PATTERN=ANALYZER
   std::vector<std::string> exclude;
-  bool defaultPatterns = false;      // forget custom patterns
-  std::string wordChars;             // extra word characters
+  bool defaultPatterns = false;  // forget custom patterns
+  std::string wordChars;         // extra word characters
 };
 
 struct SearchOptions {

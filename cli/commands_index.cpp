@@ -41,8 +41,8 @@ std::string canonicalFolder(const std::string &folder) {
 
 bool isInside(const std::string &path, const std::string &folder) {
   if (folder == "/") return true;
-  return path == folder || (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
-                            path[folder.size()] == '/');
+  return path == folder ||
+         (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/');
 }
 
 // Canonical folders, each once, dropping those inside another one.
@@ -80,8 +80,10 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   std::vector<IncludeRule> added;
   for (const std::string &item : c.include) {
     size_t eq = item.rfind('=');
-    if (eq == std::string::npos) added.push_back({item, "utf8"});
-    else added.push_back({item.substr(0, eq), item.substr(eq + 1)});
+    if (eq == std::string::npos)
+      added.push_back({item, "utf8"});
+    else
+      added.push_back({item.substr(0, eq), item.substr(eq + 1)});
   }
   o.include.insert(o.include.begin(), added.begin(), added.end());
   for (const std::string &pattern : c.exclude) o.exclude.push_back(pattern);
@@ -102,7 +104,8 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
 void printLibraryNotices(const GlobalOptions &global) {
   if (!global.quiet) {
     for (const LibraryMessage &notice : libraryNotices())
-      if (global.verbose || notice.key != "PdfTooLarge") std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
+      if (global.verbose || notice.key != "PdfTooLarge")
+        std::cerr << "kurvo: note: " << describeMessage(notice.key, notice.argument) << "\n";
   }
   clearLibraryNotices();
 }
@@ -178,24 +181,25 @@ void printSummary(const RunSummary &s, const GlobalOptions &global) {
   if (global.quiet) return;
   char line[256];
   double rate = s.seconds > 0 ? s.bytes / s.seconds : s.bytes;
-  std::snprintf(line, sizeof line, "%s: %u folders, %u entries recorded, %u files read, %u new words, %s in %.1f s (%s/s)",
+  std::snprintf(line, sizeof line,
+                "%s: %u folders, %u entries recorded, %u files read, %u new words, %s in %.1f s (%s/s)",
                 s.kind == "update" ? "Updated" : "Indexed", s.folders, s.files, s.contents, s.words,
                 humanBytes(s.bytes).c_str(), s.seconds, humanBytes(rate).c_str());
   std::cout << line << "\n";
   if (s.foreign) {
-    std::cout << s.foreign << (s.foreign == 1 ? " file holds" : " files hold")
-              << " characters outside Latin-1 (Greek, Cyrillic, CJK, symbols); they separate words and are not searchable\n";
+    std::cout
+        << s.foreign << (s.foreign == 1 ? " file holds" : " files hold")
+        << " characters outside Latin-1 (Greek, Cyrillic, CJK, symbols); they separate words and are not searchable\n";
   }
 }
 
 // What the run left out, counted by reason; each one with --verbose.
 void printSkipped(const GlobalOptions &global) {
   if (global.quiet || skippedEntries().empty()) return;
-  static const std::map<std::string, std::string> reasons = {
-      {"folder", "folders that cannot be opened"},
-      {"file", "files that cannot be opened"},
-      {"path", "paths too long for the system"},
-      {"cut", "files read only up to --max-file-read"}};
+  static const std::map<std::string, std::string> reasons = {{"folder", "folders that cannot be opened"},
+                                                             {"file", "files that cannot be opened"},
+                                                             {"path", "paths too long for the system"},
+                                                             {"cut", "files read only up to --max-file-read"}};
   std::map<std::string, unsigned> counts;
   for (const std::string &entry : skippedEntries()) {
     const std::string reason = entry.substr(0, entry.find('\t'));
@@ -237,15 +241,17 @@ void finishRun(IndexSession &session, Progress &progress, Settings &settings, bo
   void *index = session.handle();
   progress.phase("compressing links");
   runStep([&] { kidxCompressLinks(index); });
-  if (update) compactWhenWorthIt(session, progress, settings);
-  else settings.linksLive = storeFileBytes(session.storeDir(), "links");
+  if (update)
+    compactWhenWorthIt(session, progress, settings);
+  else
+    settings.linksLive = storeFileBytes(session.storeDir(), "links");
   progress.phase("storing the index");
   runStep([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
 }
 
 // Swaps the stored run in for the previous index and records it in the settings.
-int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
-                const RunSummary &summary, int64_t startedAt, const GlobalOptions &global) {
+int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings, const RunSummary &summary,
+                int64_t startedAt, const GlobalOptions &global) {
   printLibraryNotices(global);
   // A member or converted file that could not be written (a full disk)
   // would leave words out unseen: the run ends and the old index stays.
@@ -273,8 +279,7 @@ int completeRun(StoreSwap &swap, const IndexLocation &loc, Settings &settings,
 // pruning walks it, and the count gives the progress line its percentage.
 // A top folder that cannot be reached (an unmounted drive, a moved folder)
 // is kept as it is recorded rather than emptied.
-unsigned checkRecordsAndKeepMissing(void *index, const std::vector<std::string> &folders,
-                                    const GlobalOptions &global) {
+unsigned checkRecordsAndKeepMissing(void *index, const std::vector<std::string> &folders, const GlobalOptions &global) {
   IndexReader reader(index);
   for (const std::string &folder : folders) {
     std::error_code ec;
@@ -313,8 +318,10 @@ int indexRun(const GlobalOptions &global, const IndexLocation &loc, Settings set
              const std::vector<std::string> &folders) {
   prepareHome(loc);
   StoreSwap swap(loc.storeDir);
-  if (update) swap.prepareCopy();
-  else swap.prepareEmpty();
+  if (update)
+    swap.prepareCopy();
+  else
+    swap.prepareEmpty();
   auto start = std::chrono::steady_clock::now();
   int64_t startedAt = unixNow();
   RunSummary summary;
@@ -335,8 +342,10 @@ int indexRun(const GlobalOptions &global, const IndexLocation &loc, Settings set
     finishRun(session, progress, settings, update);
     summary = readCounters(index, update ? "update" : "index", start);
   }
-  if (update) settings.folders.insert(settings.folders.end(), folders.begin(), folders.end());
-  else settings.folders = folders;
+  if (update)
+    settings.folders.insert(settings.folders.end(), folders.begin(), folders.end());
+  else
+    settings.folders = folders;
   return completeRun(swap, loc, settings, summary, startedAt, global);
 }
 
@@ -347,7 +356,8 @@ std::vector<std::string> foldersToAdd(const std::vector<std::string> &given, con
   for (const std::string &folder : topFolders(given, global.quiet)) {
     bool covered = false;
     for (const std::string &existing : settings.folders) {
-      if (isInside(folder, existing)) covered = true;
+      if (isInside(folder, existing))
+        covered = true;
       else if (isInside(existing, folder)) {
         throw HostError(folder + " holds the indexed folder " + existing +
                         "; rebuild with `kurvo index` naming all folders instead");

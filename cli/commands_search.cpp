@@ -83,8 +83,10 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
       continue;
     }
     std::cout << r.path << "\n";
-    if (!outlineError.empty()) std::cout << "    (" << outlineError << ")\n";
-    else if (options.outline) writeHighlighted(std::cout, outline, hits, colour, "    ");
+    if (!outlineError.empty())
+      std::cout << "    (" << outlineError << ")\n";
+    else if (options.outline)
+      writeHighlighted(std::cout, outline, hits, colour, "    ");
   }
   if (options.json) {
     json doc = {{"query", options.query}, {"total", total}, {"results", jsonResults}};

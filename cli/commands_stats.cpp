@@ -19,9 +19,12 @@ int runStats(const GlobalOptions &global, bool asJson) {
   ReadingSession rs = openForReading(global);
   unsigned files = 0, folders = 0, deleted = 0;
   for (const auto &entry : rs.reader->records()) {
-    if (entry.second.deleted) ++deleted;
-    else if (entry.second.parent == 0) ++folders;
-    else if (rs.reader->isLiveFile(entry.first)) ++files;
+    if (entry.second.deleted)
+      ++deleted;
+    else if (entry.second.parent == 0)
+      ++folders;
+    else if (rs.reader->isLiveFile(entry.first))
+      ++files;
   }
   uint32_t words = rs.reader->wordCount();
   json sizes = json::object();
@@ -64,8 +67,8 @@ int runStats(const GlobalOptions &global, bool asJson) {
   }
   std::cout << " (" << detail << ")\n";
   if (s.finishedAt) {
-    std::cout << "last run:       " << localTime(s.finishedAt) << " (" << s.lastRun.kind << ", "
-              << s.lastRun.contents << " files read, " << humanBytes(s.lastRun.bytes) << ")\n";
+    std::cout << "last run:       " << localTime(s.finishedAt) << " (" << s.lastRun.kind << ", " << s.lastRun.contents
+              << " files read, " << humanBytes(s.lastRun.bytes) << ")\n";
   }
   return kExitFound;
 }

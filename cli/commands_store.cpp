@@ -66,16 +66,18 @@ int runCheck(const GlobalOptions &global) {
       loc.storeDir.c_str(),
       [](const char *file, unsigned offset, const char *what, void *context) {
         Found &f = *static_cast<Found *>(context);
-        if (f.shown++ < 20 || f.verbose) std::cerr << "kurvo: " << file << " at byte " << offset << ": " << what << "\n";
+        if (f.shown++ < 20 || f.verbose)
+          std::cerr << "kurvo: " << file << " at byte " << offset << ": " << what << "\n";
       },
       &found);
   if (damages == 0) {
     if (!global.quiet) std::cout << "The index at " << loc.storeDir << " is sound\n";
     return kExitFound;
   }
-  if (damages > 20 && !global.verbose) std::cerr << "kurvo: ... and " << damages - 20 << " more (--verbose lists all)\n";
-  throw HostError("the index is damaged (" + std::to_string(damages) +
-                  (damages == 1 ? " problem" : " problems") + "); rebuild it with `kurvo index`");
+  if (damages > 20 && !global.verbose)
+    std::cerr << "kurvo: ... and " << damages - 20 << " more (--verbose lists all)\n";
+  throw HostError("the index is damaged (" + std::to_string(damages) + (damages == 1 ? " problem" : " problems") +
+                  "); rebuild it with `kurvo index`");
 }
 
 }  // namespace kurvo_cli

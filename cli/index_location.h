@@ -6,14 +6,14 @@
 namespace kurvo_cli {
 
 struct IndexLocation {
-  std::string home;          // kurvo home, holds skipfile.txt and externanalyzers.txt
-  std::string storeDir;      // storage folder, ends in "/"
+  std::string home;      // kurvo home, holds skipfile.txt and externanalyzers.txt
+  std::string storeDir;  // storage folder, ends in "/"
   // The index's settings live inside the store, so that both are replaced
   // together; indexes made before that keep them beside the store.
   std::string settingsPath;
   std::string legacySettingsPath;
-  std::string lockPath;      // held by the one run that writes the index
-  std::string name;          // index name, or the storage folder for --store
+  std::string lockPath;  // held by the one run that writes the index
+  std::string name;      // index name, or the storage folder for --store
 };
 
 // The settings file to read: the one in the store, else the older one.

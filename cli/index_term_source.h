@@ -10,7 +10,10 @@ class IndexTermSource : public TermSource {
  public:
   IndexTermSource(IndexReader &reader, const WordCharacters &chars, bool ranking, unsigned viewLimit,
                   int defaultDistance)
-      : m_reader(reader), m_chars(chars), m_ranking(ranking), m_viewLimit(viewLimit),
+      : m_reader(reader),
+        m_chars(chars),
+        m_ranking(ranking),
+        m_viewLimit(viewLimit),
         m_defaultDistance(defaultDistance) {}
 
   ScoredFiles filesForTerm(const std::string &term) override;

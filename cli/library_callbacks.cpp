@@ -11,7 +11,6 @@
 #include <set>
 #include <string>
 
-
 #include "host_error.h"
 #include "kurvo.h"
 #include "messages.h"
@@ -32,9 +31,7 @@ volatile std::sig_atomic_t g_interrupted = 0;
 long g_haltAfter = 0;
 long g_statusCount = 0;
 
-void onError(const char *key, const char *argument) {
-  g_errors.push_back({key ? key : "", argument ? argument : ""});
-}
+void onError(const char *key, const char *argument) { g_errors.push_back({key ? key : "", argument ? argument : ""}); }
 
 void onWarning(const char *key, const char *argument) {
   g_warnings.push_back({key ? key : "", argument ? argument : ""});
@@ -127,9 +124,7 @@ void throwIfLibraryFailed() {
   throw HostError(text);
 }
 
-bool haltRequested() {
-  return g_interrupted != 0 || (g_haltAfter > 0 && g_statusCount >= g_haltAfter);
-}
+bool haltRequested() { return g_interrupted != 0 || (g_haltAfter > 0 && g_statusCount >= g_haltAfter); }
 
 void setStatusListener(StatusListener listener) { g_listener = std::move(listener); }
 

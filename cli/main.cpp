@@ -75,25 +75,27 @@ void defineIndexCommand(CLI::App &app, IndexCommandOptions &o) {
   index->add_option("--forget", o.forget, "drop FOLDER from the index (rebuilds it from the others)")
       ->type_name("FOLDER");
   index->add_option("--min-word", o.minWordLength, "shortest word kept (default 3)");
-  index->add_option("--max-word", o.maxWordLength, "words of up to N+1 characters are indexed, longer ones are left out (default 40)");
+  index->add_option("--max-word", o.maxWordLength,
+                    "words of up to N+1 characters are indexed, longer ones are left out (default 40)");
   index->add_option("--max-file-read", o.maxFileRead, "bytes read from one file (default 8 MB)");
   index->add_option("--ranking", o.ranking, "1: count occurrences for ranking (default), 0: do not");
   index->add_option("--track-all", o.trackAll,
                     "1: list files no pattern reads, without their words (default), 0: leave them out");
-  index->add_option("--include", o.include,
-                    "read files matching PATTERN with ANALYZER (default utf8); tried before the defaults")
+  index
+      ->add_option("--include", o.include,
+                   "read files matching PATTERN with ANALYZER (default utf8); tried before the defaults")
       ->type_name("PATTERN[=ANALYZER]");
-  index->add_option("--exclude", o.exclude, "leave out files and folders matching PATTERN")
-      ->type_name("PATTERN");
+  index->add_option("--exclude", o.exclude, "leave out files and folders matching PATTERN")->type_name("PATTERN");
   index->add_flag("--default-patterns", o.defaultPatterns, "forget earlier --include and --exclude");
   index->add_option("--word-chars", o.wordChars, "extra characters that belong to words, such as _");
-  index->add_option("--temp", o.tempDir,
-                    "folder for temporary files and converter output (default: beside the index)");
-  index->add_option("--converter-timeout", o.converterTimeout,
-                    "seconds a converter may run on one file before it is stopped (default 120, 0: no limit)")
+  index->add_option("--temp", o.tempDir, "folder for temporary files and converter output (default: beside the index)");
+  index
+      ->add_option("--converter-timeout", o.converterTimeout,
+                   "seconds a converter may run on one file before it is stopped (default 120, 0: no limit)")
       ->type_name("SECONDS");
-  index->add_option("--converter-max-output", o.converterMaxOutput,
-                    "bytes a converter may write for one file (default 256 MiB, 0: no limit)")
+  index
+      ->add_option("--converter-max-output", o.converterMaxOutput,
+                   "bytes a converter may write for one file (default 256 MiB, 0: no limit)")
       ->type_name("BYTES");
 }
 
@@ -121,7 +123,9 @@ void defineOtherCommands(CLI::App &app, CommandLine &c) {
   app.add_subcommand("update", "bring the index up to date with the folders");
   app.add_subcommand("compact", "rewrite the word lists without the space updates left behind");
   app.add_subcommand("check", "read every storage file of the index and report damage (status 2)");
-  CLI::App *help = app.add_subcommand("help", "help on a command; `kurvo help search`: the query language; `kurvo help converters`: external converters");
+  CLI::App *help = app.add_subcommand(
+      "help",
+      "help on a command; `kurvo help search`: the query language; `kurvo help converters`: external converters");
   help->add_option("topic", c.helpTopic, "a command name");
 }
 

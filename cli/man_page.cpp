@@ -19,9 +19,12 @@ std::string literal(const std::string &text) {
   while (std::getline(in, line)) {
     std::string escaped;
     for (char c : line) {
-      if (c == '\\') escaped += "\\e";
-      else if (c == '-') escaped += "\\-";
-      else escaped += c;
+      if (c == '\\')
+        escaped += "\\e";
+      else if (c == '-')
+        escaped += "\\-";
+      else
+        escaped += c;
     }
     if (!escaped.empty() && (escaped[0] == '.' || escaped[0] == '\'')) escaped = "\\&" + escaped;
     out << escaped << "\n";
@@ -43,7 +46,8 @@ std::string manPage(const CLI::App &app) {
   }
   out << ".SH QUERY LANGUAGE\n.nf\n" << literal(queryLanguageHelp()) << ".fi\n";
   out << ".SH EXTERNAL CONVERTERS\n.nf\n" << literal(convertersHelp()) << ".fi\n";
-  out << ".SH FILES\n.TP\n.I ~/.kurvo/indexes/NAME/store/\nthe storage of a named index (KURVO_HOME replaces ~/.kurvo)\n"
+  out << ".SH FILES\n.TP\n.I ~/.kurvo/indexes/NAME/store/\nthe storage of a named index (KURVO_HOME replaces "
+         "~/.kurvo)\n"
       << ".TP\n.I ~/.kurvo/indexes/NAME/settings.json\nits settings: folders, options and the last run\n"
       << ".TP\n.I ~/.kurvo/skipfile.txt\nwords never indexed\n"
       << ".TP\n.I ~/.kurvo/externanalyzers.txt\nexternal converter programs\n";

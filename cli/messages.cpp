@@ -1,4 +1,6 @@
 // English sentences for the library's message keys.
+// Tables laid out by hand:
+// clang-format off
 #include "messages.h"
 
 #include <map>

@@ -27,9 +27,8 @@ bool colourOutput() {
   return ::isatty(STDOUT_FILENO) == 1 && !(noColour && *noColour);
 }
 
-void writeHighlighted(std::ostream &out, const std::string &text,
-                      const std::vector<std::pair<size_t, size_t>> &hits, bool colour,
-                      const std::string &indent) {
+void writeHighlighted(std::ostream &out, const std::string &text, const std::vector<std::pair<size_t, size_t>> &hits,
+                      bool colour, const std::string &indent) {
   const char *on = colour ? kHighlightOn : kPlainMark;
   const char *off = colour ? kHighlightOff : kPlainMark;
   size_t hit = 0;

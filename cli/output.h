@@ -16,9 +16,8 @@ bool colourOutput();
 
 // Writes text with the given (offset, length) spans highlighted; each line
 // is prefixed with indent.
-void writeHighlighted(std::ostream &out, const std::string &text,
-                      const std::vector<std::pair<size_t, size_t>> &hits, bool colour,
-                      const std::string &indent = "");
+void writeHighlighted(std::ostream &out, const std::string &text, const std::vector<std::pair<size_t, size_t>> &hits,
+                      bool colour, const std::string &indent = "");
 
 std::string humanBytes(double bytes);
 // "2026-11-22 05:40:00" in local time, from Unix seconds.

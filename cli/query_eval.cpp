@@ -13,11 +13,16 @@ class Evaluator {
 
   ScoredFiles eval(const QueryNode &node) {
     switch (node.kind) {
-      case QueryKind::Term: return term(node.text);
-      case QueryKind::Or: return either(node);
-      case QueryKind::And: return all(node);
-      case QueryKind::Near: return near(node);
-      case QueryKind::Exclude: return eval(node.children.front());
+      case QueryKind::Term:
+        return term(node.text);
+      case QueryKind::Or:
+        return either(node);
+      case QueryKind::And:
+        return all(node);
+      case QueryKind::Near:
+        return near(node);
+      case QueryKind::Exclude:
+        return eval(node.children.front());
     }
     return {};
   }
@@ -63,8 +68,10 @@ class Evaluator {
   ScoredFiles near(const QueryNode &node) {
     ScoredFiles out = all(node);
     for (auto it = out.begin(); it != out.end();) {
-      if (m_source.confirmNear(it->first, node)) ++it;
-      else it = out.erase(it);
+      if (m_source.confirmNear(it->first, node))
+        ++it;
+      else
+        it = out.erase(it);
     }
     return out;
   }
@@ -84,9 +91,7 @@ class Evaluator {
 
 }  // namespace
 
-ScoredFiles evaluateQuery(const QueryNode &query, TermSource &source) {
-  return Evaluator(source).eval(query);
-}
+ScoredFiles evaluateQuery(const QueryNode &query, TermSource &source) { return Evaluator(source).eval(query); }
 
 void rankResults(std::vector<RankedFile> &results) {
   std::sort(results.begin(), results.end(), [](const RankedFile &a, const RankedFile &b) {

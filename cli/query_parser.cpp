@@ -24,9 +24,7 @@ std::string foldCase(const std::string &text) {
   return out;
 }
 
-bool hasWildcard(const std::string &term) {
-  return term.find_first_of("*?") != std::string::npos;
-}
+bool hasWildcard(const std::string &term) { return term.find_first_of("*?") != std::string::npos; }
 
 namespace {
 
@@ -77,10 +75,22 @@ std::vector<Token> tokenize(const std::string &text, const WordCharacters &wordC
     }
     ++i;
     switch (c) {
-      case '(': tokens.push_back({TokenKind::Open, "("}); itemStart = true; break;
-      case ')': tokens.push_back({TokenKind::Close, ")"}); itemStart = false; break;
-      case '|': tokens.push_back({TokenKind::Or, "|"}); itemStart = true; break;
-      case '&': tokens.push_back({TokenKind::And, "&"}); itemStart = true; break;
+      case '(':
+        tokens.push_back({TokenKind::Open, "("});
+        itemStart = true;
+        break;
+      case ')':
+        tokens.push_back({TokenKind::Close, ")"});
+        itemStart = false;
+        break;
+      case '|':
+        tokens.push_back({TokenKind::Or, "|"});
+        itemStart = true;
+        break;
+      case '&':
+        tokens.push_back({TokenKind::And, "&"});
+        itemStart = true;
+        break;
       case '<': {
         Token near{TokenKind::Near, "<"};
         while (i < text.size() && text[i] == ' ') ++i;
@@ -216,8 +226,11 @@ class Parser {
 
 void collectPositive(const QueryNode &node, std::vector<std::string> &out) {
   switch (node.kind) {
-    case QueryKind::Term: out.push_back(node.text); break;
-    case QueryKind::Exclude: break;
+    case QueryKind::Term:
+      out.push_back(node.text);
+      break;
+    case QueryKind::Exclude:
+      break;
     default:
       for (const QueryNode &child : node.children) collectPositive(child, out);
   }

@@ -18,7 +18,7 @@ enum class QueryKind { Term, And, Or, Exclude, Near };
 
 struct QueryNode {
   QueryKind kind = QueryKind::Term;
-  std::string text;                // Term: the lower-cased word or pattern
+  std::string text;  // Term: the lower-cased word or pattern
   std::vector<QueryNode> children;
   // Near: children are terms; distances[i] is how many words may lie
   // between children[i] and children[i + 1] (-1: the index's default).

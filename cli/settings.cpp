@@ -1,4 +1,6 @@
 // An index's settings file: its folders, the last run, and its options.
+// Tables laid out by hand:
+// clang-format off
 #include "settings.h"
 
 #include <cstdlib>

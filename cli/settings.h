@@ -20,9 +20,9 @@ struct IndexOptions {
   int maxFileRead = 8 * 1024 * 1024;  // bytes read from one file
   bool ranking = true;
   bool trackAll = true;
-  int proximity = 8;                  // words after the first term for "a < b"
-  std::string tempDir;                // empty: "tmp" in the storage folder
-  int converterTimeout = 120;         // seconds, 0: none
+  int proximity = 8;                                // words after the first term for "a < b"
+  std::string tempDir;                              // empty: "tmp" in the storage folder
+  int converterTimeout = 120;                       // seconds, 0: none
   double converterMaxOutput = 256.0 * 1024 * 1024;  // bytes, 0: none
   std::vector<IncludeRule> include;
   std::vector<std::string> exclude;
@@ -31,19 +31,19 @@ struct IndexOptions {
 
 struct RunSummary {
   unsigned folders = 0;
-  unsigned files = 0;      // records added
-  unsigned contents = 0;   // files whose words were read
-  unsigned words = 0;      // new distinct words
-  unsigned foreign = 0;    // files holding characters the index cannot hold
+  unsigned files = 0;     // records added
+  unsigned contents = 0;  // files whose words were read
+  unsigned words = 0;     // new distinct words
+  unsigned foreign = 0;   // files holding characters the index cannot hold
   double bytes = 0;
   double seconds = 0;
-  std::string kind;        // "index" or "update"
+  std::string kind;  // "index" or "update"
 };
 
 struct Settings {
   std::vector<std::string> folders;
-  int64_t timeBase = 0;     // Unix time the last completed run started
-  int64_t finishedAt = 0;   // Unix time the last completed run ended
+  int64_t timeBase = 0;    // Unix time the last completed run started
+  int64_t finishedAt = 0;  // Unix time the last completed run ended
   RunSummary lastRun;
   IndexOptions options;
   // Bytes of "links" the lists took when last measured (a full build or a

@@ -56,7 +56,8 @@ std::string forTerminal(const std::string &text) { return g_utf8 ? asUtf8(text) 
 const std::string &terminalCharacter(unsigned char byte) {
   static const std::array<std::string, 256> utf8 = [] {
     std::array<std::string, 256> table;
-    for (int c = 0; c < 256; ++c) table[c] = c == 0 ? std::string(1, '\0') : libraryToUtf8(std::string(1, static_cast<char>(c)));
+    for (int c = 0; c < 256; ++c)
+      table[c] = c == 0 ? std::string(1, '\0') : libraryToUtf8(std::string(1, static_cast<char>(c)));
     return table;
   }();
   static const std::array<std::string, 256> raw = [] {

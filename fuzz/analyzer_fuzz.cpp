@@ -63,14 +63,13 @@ void showInTwo(Harness &h, const unsigned char *data, size_t size, size_t split,
   h.index->partialWord[0] = '\0';
   std::vector<char> first = withCarry("", data, split);
   std::vector<char> output(2 * first.size() + 2);
-  h.analyzer->stripBuffer(first.data(), first.size() - 1, output.data(), output.size(), 40,
-                          displayFlag, true, &state);
+  h.analyzer->stripBuffer(first.data(), first.size() - 1, output.data(), output.size(), 40, displayFlag, true, &state);
   std::string carried = h.index->partialWord;
   h.index->partialWord[0] = '\0';
   std::vector<char> second = withCarry(carried.c_str(), data + split, size - split);
   output.assign(2 * second.size() + 2, '\0');
-  h.analyzer->stripBuffer(second.data(), second.size() - 1, output.data(), output.size(), 0,
-                          displayFlag, false, &state);
+  h.analyzer->stripBuffer(second.data(), second.size() - 1, output.data(), output.size(), 0, displayFlag, false,
+                          &state);
 }
 
 }  // namespace

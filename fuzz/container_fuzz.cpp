@@ -9,7 +9,7 @@ FileFuzzHarness &harness() {
   static FileFuzzHarness h(100000);
   static bool patterns = [] {
     const char *rules[][2] = {{"*.txt", "generic"}, {"*.zip", "zip"}, {"*.tar", "tar"},
-                              {"*.tgz", "gzip"},    {"*.gz", "gzip"},  {"*.mbox", "mbox"}};
+                              {"*.tgz", "gzip"},    {"*.gz", "gzip"}, {"*.mbox", "mbox"}};
     h.index->setIncludeCount(6);
     for (int i = 0; i < 6; ++i) h.index->setIncludePattern(i, rules[i][0], rules[i][1]);
     return true;

@@ -312,10 +312,9 @@ KURVO_API void kidxGetLinkSpace(void *index, double *live, double *dead);
 /* Beyond the classic behaviour: rewrite "links" as one block per word holding
  * the files its chain lists, newest first, without removed files (numbers
  * overwritten with 1, records marked deleted, as a changed file's old record
- * is, and members held by such a record), so "links" shrinks to the live size and every query answers as before. The new table is
- * written beside the old one as "links.compact" and renamed over it when
- * complete; the words' list positions change only then, so an error leaves
- * the index as it was. Makes the word table writable; call
+ * is, and members held by such a record), so "links" shrinks to the live size and every query answers as before. The
+ * new table is written beside the old one as "links.compact" and renamed over it when complete; the words' list
+ * positions change only then, so an error leaves the index as it was. Makes the word table writable; call
  * kidxStoreStorage afterwards. Not between indexing and kidxCompressLinks.
  * CAUGHT: "AssertionFailed" (a damaged chain, or word links pending),
  * "MemFileExtendFail" (no room for the new table), "FileMapWriteFail" (the
@@ -327,8 +326,8 @@ KURVO_API void kidxCompactLinks(void *index);
  * displayFlag asks analyzers of mark-up to drop tags; defaultDistance is the
  * proximity used by a query's "<" without a number. CAUGHT: NULL on error.
  * Release with kfcDeleteContentsObject. */
-KURVO_API void *kidxGetFileContents(void *index, unsigned int fileNumber, unsigned int maxLength,
-                                    int wrapWidth, bool displayFlag, int defaultDistance);
+KURVO_API void *kidxGetFileContents(void *index, unsigned int fileNumber, unsigned int maxLength, int wrapWidth,
+                                    bool displayFlag, int defaultDistance);
 
 /* The index's tables; owned by the index, never freed by the host. */
 KURVO_API void *kidxGetWords(void *index);

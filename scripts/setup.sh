@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev
   zip tar gzip
+  clang-format
 )
 if [ "${1:-}" = "--cross" ]; then
   packages+=(g++-s390x-linux-gnu g++-i686-linux-gnu qemu-user-static binfmt-support)

@@ -1,4 +1,6 @@
 // The Mac Roman and DOS OEM analyzers: a byte-for-byte translation before the plain-text work.
+// Tables laid out by hand:
+// clang-format off
 #include "analyzers/charset_analyzers.h"
 
 namespace {

@@ -22,8 +22,7 @@ void sleepPoll() {
 double secondsSince(const timespec &start) {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<double>(now.tv_sec - start.tv_sec) +
-         static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e9;
+  return static_cast<double>(now.tv_sec - start.tv_sec) + static_cast<double>(now.tv_nsec - start.tv_nsec) / 1e9;
 }
 
 // In the child, between fork and exec: only async-signal-safe calls.
@@ -44,8 +43,10 @@ double secondsSince(const timespec &start) {
 std::string shellQuoted(const std::string &path) {
   std::string quoted = "'";
   for (char c : path) {
-    if (c == '\'') quoted += "'\\''";
-    else quoted += c;
+    if (c == '\'')
+      quoted += "'\\''";
+    else
+      quoted += c;
   }
   return quoted + "'";
 }

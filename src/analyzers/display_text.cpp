@@ -22,8 +22,7 @@ struct DisplayWriter {
   unsigned long sinceSeparator = 0;
 
   DisplayWriter(char *output, unsigned long room)
-      : start(output), write(output), limit(output + room), lineStart(output),
-        lastSpace(output) {}
+      : start(output), write(output), limit(output + room), lineStart(output), lastSpace(output) {}
 
   bool full() const { return write >= limit; }
   char lastByte() const { return write > start ? write[-1] : '\0'; }
@@ -45,8 +44,7 @@ struct DisplayWriter {
   // Removes the non-alpha bytes at the end of the text written since the
   // last separator, stopping at a line feed.
   void takeBack(const int32_t *nonAlphaMask) {
-    while (sinceSeparator > 0 && write > start &&
-           static_cast<unsigned char>(write[-1]) != kLineFeed &&
+    while (sinceSeparator > 0 && write > start && static_cast<unsigned char>(write[-1]) != kLineFeed &&
            nonAlphaMask[static_cast<unsigned char>(write[-1])]) {
       --write;
       --sinceSeparator;
@@ -72,8 +70,8 @@ struct DisplayWriter {
 
 // Writes what a byte that is neither shown nor non-alpha leaves in the text:
 // a blank between words and line breaks; returns the new in-text flag.
-bool writeSeparator(DisplayWriter &out, unsigned char c, bool lineFeedNext,
-                    bool &provisionalRun, const int32_t *nonAlphaMask) {
+bool writeSeparator(DisplayWriter &out, unsigned char c, bool lineFeedNext, bool &provisionalRun,
+                    const int32_t *nonAlphaMask) {
   if (provisionalRun) {
     out.takeBack(nonAlphaMask);
     provisionalRun = false;
@@ -134,8 +132,7 @@ unsigned long CFileAnalyzer::stripBuffer(char *source, unsigned long sourceLengt
     }
     if (!nulFlagSet) afterNul = false;
 
-    if (m_bHooks &&
-        checkStripCharacter(&c, &read, &remaining, out.lastByte(), displayFlag, state)) {
+    if (m_bHooks && checkStripCharacter(&c, &read, &remaining, out.lastByte(), displayFlag, state)) {
       previous = c;
       ++read;
       continue;

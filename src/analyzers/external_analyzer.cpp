@@ -100,8 +100,7 @@ bool CExternalAnalyzer::createTemporaryFile(const char *sourcePath, const char *
   if (!isUsable() || !m_pIndex->analyzerThatMatches(tempPath)) return false;
   const std::string command = buildCommand(sourcePath, tempPath);
   if (command.size() > kMaxCommandLength) return false;
-  const ConverterResult result = runConverter(command, m_pIndex->ConverterTimeLimit,
-                                              m_pIndex->ConverterOutputLimit);
+  const ConverterResult result = runConverter(command, m_pIndex->ConverterTimeLimit, m_pIndex->ConverterOutputLimit);
   if (result == ConverterResult::TimedOut) {
     // What a stopped converter left is not the document.
     std::remove(tempPath);
@@ -126,8 +125,8 @@ bool CExternalAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   return result;
 }
 
-char *CExternalAnalyzer::fillDisplayBuffer(const char *path, unsigned long fileNumber,
-                                           unsigned long maxLength, int wrapWidth, bool displayFlag) {
+char *CExternalAnalyzer::fillDisplayBuffer(const char *path, unsigned long fileNumber, unsigned long maxLength,
+                                           int wrapWidth, bool displayFlag) {
   ArchiveLevel level(*m_pIndex, path);
   if (level.tooDeep()) return emptyBlock();
   char tempPath[kTemporaryPathSize];

@@ -17,8 +17,8 @@ class CExternalAnalyzer : public CFileAnalyzer {
 
   bool canUseIndexBuffer() override;
   bool indexFile(const char *path, unsigned long fileNumber) override;
-  char *fillDisplayBuffer(const char *path, unsigned long fileNumber, unsigned long maxLength,
-                          int wrapWidth, bool displayFlag) override;
+  char *fillDisplayBuffer(const char *path, unsigned long fileNumber, unsigned long maxLength, int wrapWidth,
+                          bool displayFlag) override;
 
   // The converted file's name for a source and file number, in out (1,024 bytes).
   char *makeTemporaryPath(const char *sourcePath, char *out, unsigned long fileNumber);

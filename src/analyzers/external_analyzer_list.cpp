@@ -45,8 +45,10 @@ std::vector<ExternalAnalyzerEntry> parseExternalAnalyzerList(const char *text, u
       entries.push_back({lines[0], lines[1], lines[2]});
       lines.clear();
     }
-    if (c == '#') inComment = true;
-    else lineStart = text + i + 1;
+    if (c == '#')
+      inComment = true;
+    else
+      lineStart = text + i + 1;
   }
   return entries;
 }

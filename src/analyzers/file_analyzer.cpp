@@ -36,8 +36,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   if (!file) return false;
 
   CKurvoIndex &index = *m_pIndex;
-  const unsigned long maxRead =
-      index.MaxPerFileRead > 0 ? static_cast<unsigned long>(index.MaxPerFileRead) : 0;
+  const unsigned long maxRead = index.MaxPerFileRead > 0 ? static_cast<unsigned long>(index.MaxPerFileRead) : 0;
   unsigned long bufferSize = maxRead < kReadBufferSize ? maxRead : kReadBufferSize;
   // A hook may look one byte past the data: the spare byte holds a NUL there.
   char buffer[kReadBufferSize + 1];
@@ -47,8 +46,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   unsigned long carryLength = 0;
   bool firstBuffer = true;
   for (;;) {
-    const unsigned long bytesRead =
-        std::fread(buffer + carryLength, 1, bufferSize - carryLength, file.get());
+    const unsigned long bytesRead = std::fread(buffer + carryLength, 1, bufferSize - carryLength, file.get());
     if (carryLength + bytesRead == 0) break;
     buffer[carryLength + bytesRead] = '\0';
 
@@ -79,8 +77,7 @@ bool CFileAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
 
   // Same inversion for the last word: a word running to the end of the file
   // (or of the read limit) with no separator after it is not indexed.
-  if (index.partialWord[0] == '\0' &&
-      static_cast<long>(std::strlen(index.partialWord)) >= index.MinWordLength) {
+  if (index.partialWord[0] == '\0' && static_cast<long>(std::strlen(index.partialWord)) >= index.MinWordLength) {
     index.indexWord(index.partialWord, static_cast<uint32_t>(fileNumber));
   }
   file.reset();
@@ -97,12 +94,10 @@ void CFileAnalyzer::carryBytes(const char *from, unsigned long count) {
   carry[count] = '\0';
 }
 
-bool CFileAnalyzer::extractToTempFile(const char *, const char *, const char *, unsigned long) {
-  return false;
-}
+bool CFileAnalyzer::extractToTempFile(const char *, const char *, const char *, unsigned long) { return false; }
 
-char *CFileAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength,
-                                       int wrapWidth, bool displayFlag) {
+char *CFileAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength, int wrapWidth,
+                                       bool displayFlag) {
   FileHandle file(std::fopen(path, "rb"));
   if (!file) throwKurvoError(kCannotOpenContentsFile, path);
 
@@ -125,16 +120,14 @@ char *CFileAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned
   int state = 0;
   bool firstBuffer = true;
   while (used < maxLength) {
-    const unsigned long bytesRead =
-        std::fread(input.get() + carryLength, 1, kReadBufferSize - carryLength, file.get());
+    const unsigned long bytesRead = std::fread(input.get() + carryLength, 1, kReadBufferSize - carryLength, file.get());
     if (bytesRead == 0) break;
     // A hook may look one byte past the data; it finds a NUL there.
     input[carryLength + bytesRead] = '\0';
 
     index.partialWord[0] = '\0';
-    unsigned long written = stripBuffer(input.get(), carryLength + bytesRead, work.get(),
-                                        kDisplayWorkSize, wrapWidth, displayFlag, firstBuffer,
-                                        &state);
+    unsigned long written = stripBuffer(input.get(), carryLength + bytesRead, work.get(), kDisplayWorkSize, wrapWidth,
+                                        displayFlag, firstBuffer, &state);
     if (written > maxLength - used) written = maxLength - used;
     std::memcpy(text + used, work.get(), written);
     used += written;
@@ -156,10 +149,6 @@ char *CFileAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned
   return block.release();
 }
 
-bool CFileAnalyzer::checkIndexCharacter(char *, char **, char **, char **, char **, unsigned long) {
-  return false;
-}
+bool CFileAnalyzer::checkIndexCharacter(char *, char **, char **, char **, char **, unsigned long) { return false; }
 
-bool CFileAnalyzer::checkStripCharacter(unsigned char *, char **, unsigned long *, char, bool, int *) {
-  return false;
-}
+bool CFileAnalyzer::checkStripCharacter(unsigned char *, char **, unsigned long *, char, bool, int *) { return false; }

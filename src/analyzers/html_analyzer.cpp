@@ -44,8 +44,8 @@ unsigned char numericReference(const char *text) {
 
 CHtmlAnalyzer::CHtmlAnalyzer(CKurvoIndex *index) : CFileAnalyzer(index) { m_bHooks = 1; }
 
-bool CHtmlAnalyzer::checkIndexCharacter(char *current, char **read, char **wordStart, char **write,
-                                        char **bufferStart, unsigned long length) {
+bool CHtmlAnalyzer::checkIndexCharacter(char *current, char **read, char **wordStart, char **write, char **bufferStart,
+                                        unsigned long length) {
   (void)wordStart;
   char *const end = *bufferStart + length;
   unsigned char c = static_cast<unsigned char>(*current);
@@ -86,8 +86,8 @@ bool CHtmlAnalyzer::checkIndexCharacter(char *current, char **read, char **wordS
   return false;
 }
 
-bool CHtmlAnalyzer::checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining,
-                                        char lastOutput, bool displayFlag, int *state) {
+bool CHtmlAnalyzer::checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining, char lastOutput,
+                                        bool displayFlag, int *state) {
   char *p = *read;
   // Consumes the bytes up to and including p + last.
   auto consume = [&](unsigned long last) {

@@ -10,8 +10,8 @@ class CHtmlAnalyzer : public CFileAnalyzer {
  public:
   explicit CHtmlAnalyzer(CKurvoIndex *index);
 
-  bool checkIndexCharacter(char *current, char **read, char **wordStart, char **write,
-                           char **bufferStart, unsigned long length) override;
-  bool checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining,
-                           char lastOutput, bool displayFlag, int *state) override;
+  bool checkIndexCharacter(char *current, char **read, char **wordStart, char **write, char **bufferStart,
+                           unsigned long length) override;
+  bool checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining, char lastOutput,
+                           bool displayFlag, int *state) override;
 };

@@ -22,8 +22,7 @@ CFileAnalyzer *memberAnalyzer(CKurvoIndex &index, const char *baseName) {
   return analyzer && index.isExcluded(baseName) ? nullptr : analyzer;
 }
 
-uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time,
-                      uint32_t size) {
+uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time, uint32_t size) {
   uint32_t record = index.files->lookupFile(fullName, parent);
   if (!record) {
     ++index.FilesIndexed;
@@ -44,8 +43,8 @@ bool memberUnchanged(CKurvoIndex &index, const char *fullName, uint32_t parent, 
 
 std::string memberTempPath(CKurvoIndex &index, uint32_t member, const char *baseName) {
   char path[1024];
-  std::snprintf(path, sizeof path, "%s%c%d%s", index.temporaryDirectory.c_str(), '/',
-                static_cast<int>(member), baseName);
+  std::snprintf(path, sizeof path, "%s%c%d%s", index.temporaryDirectory.c_str(), '/', static_cast<int>(member),
+                baseName);
   return path;
 }
 
@@ -86,8 +85,8 @@ uint64_t ArchiveLevel::allow(uint64_t memberSoFar, uint64_t bytes) {
   return allowed;
 }
 
-void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer,
-                      unsigned long length, uint32_t member, bool firstPiece) {
+void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer, unsigned long length, uint32_t member,
+                      bool firstPiece) {
   index.partialWord[0] = '\0';
   buffer[length] = '\0';
   analyzer.indexBuffer(buffer, length, member, firstPiece);

@@ -16,8 +16,7 @@ CFileAnalyzer *memberAnalyzer(CKurvoIndex &index, const char *baseName);
 
 // Finds or adds the record of fullName under parent (counting an added one)
 // and writes its parent, time, size and attributes 0; returns its number.
-uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time,
-                      uint32_t size);
+uint32_t recordMember(CKurvoIndex &index, const char *fullName, uint32_t parent, int32_t time, uint32_t size);
 
 // True in update mode when the member is known and not newer than the time base.
 bool memberUnchanged(CKurvoIndex &index, const char *fullName, uint32_t parent, int64_t time);
@@ -55,5 +54,5 @@ class ArchiveLevel {
 // Cuts one piece of a member read into memory: the carry-over buffer is
 // emptied first, since container pieces are indexed each on its own. buffer
 // holds length bytes and one spare byte.
-void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer,
-                      unsigned long length, uint32_t member, bool firstPiece);
+void indexMemberPiece(CKurvoIndex &index, CFileAnalyzer &analyzer, char *buffer, unsigned long length, uint32_t member,
+                      bool firstPiece);

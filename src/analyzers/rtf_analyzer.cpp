@@ -23,20 +23,16 @@ int hexDigit(char c) {
   return 0;
 }
 
-bool startsWith(const char *text, const char *prefix) {
-  return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
-}
+bool startsWith(const char *text, const char *prefix) { return std::strncmp(text, prefix, std::strlen(prefix)) == 0; }
 
 // A control word of the groups whose contents are never shown: pictures,
 // objects, drawing objects, the font table, lists and the style sheet. The
 // object test compares five letters and then looks at the seventh byte, so a
 // plain \object group is shown; kept as existing displays have it.
 bool startsSkippedGroup(const char *word) {
-  return (startsWith(word, "pict") && !isLetter(word[4])) ||
-         (startsWith(word, "objec") && !isLetter(word[6])) ||
-         (startsWith(word, "do") && !isLetter(word[2])) ||
-         (startsWith(word, "fonttbl") && !isLetter(word[7])) || startsWith(word, "list") ||
-         startsWith(word, "style");
+  return (startsWith(word, "pict") && !isLetter(word[4])) || (startsWith(word, "objec") && !isLetter(word[6])) ||
+         (startsWith(word, "do") && !isLetter(word[2])) || (startsWith(word, "fonttbl") && !isLetter(word[7])) ||
+         startsWith(word, "list") || startsWith(word, "style");
 }
 
 }  // namespace
@@ -54,22 +50,21 @@ unsigned char CRtfAnalyzer::escapedByte(const char *digits) const {
   return m_bMacCodePage ? macRomanChart[value] : value;
 }
 
-int CRtfAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber,
-                              bool firstBuffer) {
+int CRtfAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber, bool firstBuffer) {
   noteCodePage(buffer, length, firstBuffer);
   return CFileAnalyzer::indexBuffer(buffer, length, fileNumber, firstBuffer);
 }
 
 unsigned long CRtfAnalyzer::stripBuffer(char *source, unsigned long sourceLength, char *output,
-                                        unsigned long outputSize, int wrapWidth, bool displayFlag,
-                                        bool firstBuffer, int *state) {
+                                        unsigned long outputSize, int wrapWidth, bool displayFlag, bool firstBuffer,
+                                        int *state) {
   noteCodePage(source, sourceLength, firstBuffer);
-  return CFileAnalyzer::stripBuffer(source, sourceLength, output, outputSize, wrapWidth,
-                                    displayFlag, firstBuffer, state);
+  return CFileAnalyzer::stripBuffer(source, sourceLength, output, outputSize, wrapWidth, displayFlag, firstBuffer,
+                                    state);
 }
 
-bool CRtfAnalyzer::checkIndexCharacter(char *current, char **read, char **wordStart, char **write,
-                                       char **bufferStart, unsigned long length) {
+bool CRtfAnalyzer::checkIndexCharacter(char *current, char **read, char **wordStart, char **write, char **bufferStart,
+                                       unsigned long length) {
   if (*current != '\\') return false;
   CKurvoIndex &index = *m_pIndex;
   char *const end = *bufferStart + length;

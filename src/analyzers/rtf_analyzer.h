@@ -12,15 +12,13 @@ class CRtfAnalyzer : public CFileAnalyzer {
  public:
   explicit CRtfAnalyzer(CKurvoIndex *index);
 
-  int indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber,
-                  bool firstBuffer) override;
-  unsigned long stripBuffer(char *source, unsigned long sourceLength, char *output,
-                            unsigned long outputSize, int wrapWidth, bool displayFlag,
-                            bool firstBuffer, int *state) override;
-  bool checkIndexCharacter(char *current, char **read, char **wordStart, char **write,
-                           char **bufferStart, unsigned long length) override;
-  bool checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining,
-                           char lastOutput, bool displayFlag, int *state) override;
+  int indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber, bool firstBuffer) override;
+  unsigned long stripBuffer(char *source, unsigned long sourceLength, char *output, unsigned long outputSize,
+                            int wrapWidth, bool displayFlag, bool firstBuffer, int *state) override;
+  bool checkIndexCharacter(char *current, char **read, char **wordStart, char **write, char **bufferStart,
+                           unsigned long length) override;
+  bool checkStripCharacter(unsigned char *current, char **read, unsigned long *remaining, char lastOutput,
+                           bool displayFlag, int *state) override;
 
  private:
   // Set from a file's first buffer: the document declares the Mac code page,

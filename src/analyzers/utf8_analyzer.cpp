@@ -22,8 +22,7 @@ constexpr size_t kReadSize = 65535;
 class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
-      : m_index(index), m_file(file),
-        m_maxLength(index.longestWordSetting()) {}
+      : m_index(index), m_file(file), m_maxLength(index.longestWordSetting()) {}
 
   void cut(const std::string &text) {
     for (char ch : text) {
@@ -32,8 +31,10 @@ class WordCollector {
       if (inWord && c != kForeignCharacter) {
         // Words one character longer than the maximum are still taken, as
         // by the other analyzers; longer ones are not.
-        if (static_cast<long>(m_word.size()) <= m_maxLength + 1) m_word += static_cast<char>(lowerCase(c));
-        else m_tooLong = true;
+        if (static_cast<long>(m_word.size()) <= m_maxLength + 1)
+          m_word += static_cast<char>(lowerCase(c));
+        else
+          m_tooLong = true;
       } else {
         finish();
       }
@@ -164,8 +165,7 @@ int CUtf8Analyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
   return 0;
 }
 
-char *CUtf8Analyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength, int wrapWidth,
-                                       bool) {
+char *CUtf8Analyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength, int wrapWidth, bool) {
   FileHandle file(std::fopen(path, "rb"));
   if (!file) throwKurvoError(kurvo_keys::kCannotOpenContentsFile, path);
   std::unique_ptr<char[]> buffer(new char[kReadSize]);

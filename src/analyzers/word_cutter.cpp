@@ -30,8 +30,7 @@ int carryWord(char *partialWord, char *wordStart, char *write) {
 
 }  // namespace
 
-int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber,
-                               bool /*firstBuffer*/) {
+int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long fileNumber, bool /*firstBuffer*/) {
   CKurvoIndex &index = *m_pIndex;
   const long minLength = index.MinWordLength;
   // Words one character longer than the maximum are still taken.
@@ -75,8 +74,7 @@ int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
       const bool controlBefore = controlSeen;
       controlSeen = isControl;
       const long wordLength = write - wordStart;
-      if ((!controlBefore || !isControl) && wordLength >= minLength &&
-          wordLength <= maxLength + 1) {
+      if ((!controlBefore || !isControl) && wordLength >= minLength && wordLength <= maxLength + 1) {
         *write = '\0';
         result = static_cast<int>(index.indexWord(wordStart, static_cast<uint32_t>(fileNumber)));
       }

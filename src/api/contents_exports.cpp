@@ -6,11 +6,10 @@
 
 extern "C" {
 
-KURVO_API void *kidxGetFileContents(void *index, unsigned int fileNumber, unsigned int maxLength,
-                                    int wrapWidth, bool displayFlag, int defaultDistance) {
+KURVO_API void *kidxGetFileContents(void *index, unsigned int fileNumber, unsigned int maxLength, int wrapWidth,
+                                    bool displayFlag, int defaultDistance) {
   try {
-    return new CFileContents(asIndex(index), fileNumber, maxLength, wrapWidth, displayFlag,
-                             defaultDistance);
+    return new CFileContents(asIndex(index), fileNumber, maxLength, wrapWidth, displayFlag, defaultDistance);
   } catch (...) {
     return nullptr;
   }
@@ -20,13 +19,9 @@ KURVO_API const char *kfcContents(void *contents) { return asContents(contents)-
 
 KURVO_API const char *kfcNext(void *contents) { return asContents(contents)->nextLine(); }
 
-KURVO_API bool kfcContainsHit(void *contents, const char *query) {
-  return asContents(contents)->containsHit(query);
-}
+KURVO_API bool kfcContainsHit(void *contents, const char *query) { return asContents(contents)->containsHit(query); }
 
-KURVO_API void kfcConvertToOutline(void *contents, const char *query) {
-  asContents(contents)->convertToOutline(query);
-}
+KURVO_API void kfcConvertToOutline(void *contents, const char *query) { asContents(contents)->convertToOutline(query); }
 
 KURVO_API unsigned int kfcSearchBuffer(void *contents, unsigned int offset, const char *query) {
   return asContents(contents)->searchBuffer(offset, query);

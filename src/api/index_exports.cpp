@@ -21,19 +21,12 @@ KURVO_API void kidxClearIndex(void *index) {
 
 KURVO_API void kidxCreateAnalyzers(void *index) { asIndex(index)->createAnalyzers(); }
 
-KURVO_API void kidxSetIncludeCount(void *index, int count) {
-  asIndex(index)->setIncludeCount(count);
-}
+KURVO_API void kidxSetIncludeCount(void *index, int count) { asIndex(index)->setIncludeCount(count); }
 
-KURVO_API void kidxSetExcludeCount(void *index, int count) {
-  asIndex(index)->setExcludeCount(count);
-}
+KURVO_API void kidxSetExcludeCount(void *index, int count) { asIndex(index)->setExcludeCount(count); }
 
-KURVO_API void kidxSetIncludePattern(void *index, int i, const char *pattern,
-                                     const char *analyzerName) {
-  caught([&] {
-    asIndex(index)->setIncludePattern(i, pattern, analyzerName);
-  });
+KURVO_API void kidxSetIncludePattern(void *index, int i, const char *pattern, const char *analyzerName) {
+  caught([&] { asIndex(index)->setIncludePattern(i, pattern, analyzerName); });
 }
 
 KURVO_API void kidxSetExcludePattern(void *index, int i, const char *pattern) {
@@ -49,45 +42,31 @@ KURVO_API int kidxDoesWordMatch(void *index, const char *word, const char *patte
 }
 
 KURVO_API void kidxEmptyIndex(void *index) {
-  caught([&] {
-    asIndex(index)->emptyIndex();
-  });
+  caught([&] { asIndex(index)->emptyIndex(); });
 }
 
 KURVO_API void kidxNewFileLinks(void *index) {
-  caught([&] {
-    asIndex(index)->newFileLinks();
-  });
+  caught([&] { asIndex(index)->newFileLinks(); });
 }
 
 KURVO_API void kidxIndexExclusions(void *index) {
-  caught([&] {
-    asIndex(index)->indexExclusions();
-  });
+  caught([&] { asIndex(index)->indexExclusions(); });
 }
 
 KURVO_API void kidxIndexWord(void *index, const char *word, unsigned int fileNumber) {
-  caught([&] {
-    asIndex(index)->indexWord(word, fileNumber);
-  });
+  caught([&] { asIndex(index)->indexWord(word, fileNumber); });
 }
 
 KURVO_API void kidxIndexDirectory(void *index, const char *folderPath, unsigned int parentId) {
-  caught([&] {
-    asIndex(index)->indexDirectory(folderPath, parentId);
-  });
+  caught([&] { asIndex(index)->indexDirectory(folderPath, parentId); });
 }
 
 KURVO_API void kidxPrune(void *index) {
-  caught([&] {
-    asIndex(index)->prune();
-  });
+  caught([&] { asIndex(index)->prune(); });
 }
 
 KURVO_API void kidxCompressLinks(void *index) {
-  caught([&] {
-    asIndex(index)->compressLinks();
-  });
+  caught([&] { asIndex(index)->compressLinks(); });
 }
 
 KURVO_API void kidxGetLinkSpace(void *index, double *live, double *dead) {
@@ -104,9 +83,7 @@ KURVO_API void kidxCompactLinks(void *index) {
 }
 
 KURVO_API void kidxStoreStorage(void *index, const char *folder) {
-  caught([&] {
-    asIndex(index)->storeStorage(std::string(folder));
-  });
+  caught([&] { asIndex(index)->storeStorage(std::string(folder)); });
 }
 
 KURVO_API void *kidxGetWords(void *index) { return asIndex(index)->words; }

@@ -21,9 +21,7 @@ KURVO_API int kGetVersion(void) {
   return KURVO_VERSION_MAJOR * 10000 + KURVO_VERSION_MINOR * 100 + KURVO_VERSION_PATCH;
 }
 
-KURVO_API int kFileNameMatch(const char *name, const char *pattern) {
-  return fileNameMatch(name, pattern);
-}
+KURVO_API int kFileNameMatch(const char *name, const char *pattern) { return fileNameMatch(name, pattern); }
 
 // Blocks handed to the host come from malloc inside the library; the host
 // must give them back here so that they meet the same allocator.

@@ -43,15 +43,14 @@ std::string recordName(CFileStorage *files, uint32_t fileNumber) {
 
 }  // namespace
 
-CFileContents::CFileContents(CKurvoIndex *index, uint32_t fileNumber, uint32_t maxLength,
-                             int wrapWidth, bool displayFlag, int defaultDistance)
+CFileContents::CFileContents(CKurvoIndex *index, uint32_t fileNumber, uint32_t maxLength, int wrapWidth,
+                             bool displayFlag, int defaultDistance)
     : index(index), maxLength(maxLength), wrapWidth(wrapWidth), defaultDistance(defaultDistance) {
   std::memcpy(firstCharClass, index->validCharMask, sizeof firstCharClass);
   std::memcpy(trailingCharClass, index->validTrailingMask, sizeof trailingCharClass);
 
   CFileStorage *files = index->files;
-  if (file_record::parent(recordOf(files, fileNumber)) == 0)
-    throwKurvoError(kurvo_keys::kNoFileContentsForDir, "");
+  if (file_record::parent(recordOf(files, fileNumber)) == 0) throwKurvoError(kurvo_keys::kNoFileContentsForDir, "");
 
   // chain: the file, the archives holding it, the outermost file, its folder.
   std::vector<uint32_t> chain = parentChain(files, fileNumber);
@@ -78,8 +77,7 @@ CFileContents::CFileContents(CKurvoIndex *index, uint32_t fileNumber, uint32_t m
   }
 
   try {
-    contentsText = analyzer->fillDisplayBuffer(path.c_str(), fileNumber, maxLength, wrapWidth,
-                                               displayFlag);
+    contentsText = analyzer->fillDisplayBuffer(path.c_str(), fileNumber, maxLength, wrapWidth, displayFlag);
   } catch (...) {
     if (extracted) std::remove(path.c_str());
     throw;

@@ -12,8 +12,8 @@ class CFileContents {
   // Builds the display text of record fileNumber, extracting it from its
   // archives first when it is a member. Raises "AssertionFailed",
   // "NoFileContentsForDir", "ArchivesNestedTooDeep", "ArchiveExtractError".
-  CFileContents(CKurvoIndex *index, uint32_t fileNumber, uint32_t maxLength, int wrapWidth,
-                bool displayFlag, int defaultDistance);
+  CFileContents(CKurvoIndex *index, uint32_t fileNumber, uint32_t maxLength, int wrapWidth, bool displayFlag,
+                int defaultDistance);
   ~CFileContents();
 
   CFileContents(const CFileContents &) = delete;

@@ -19,9 +19,7 @@ inline unsigned char byteAt(const char *p) { return static_cast<unsigned char>(*
 
 // NUL never belongs to a word or a term, whatever the host's masks say, so
 // that no scan can run past the end of a text.
-inline bool inClass(const int32_t *charClass, const char *p) {
-  return *p != '\0' && charClass[byteAt(p)] != 0;
-}
+inline bool inClass(const int32_t *charClass, const char *p) { return *p != '\0' && charClass[byteAt(p)] != 0; }
 
 inline bool isTermByte(const int32_t *trailing, const char *p) {
   return *p == '?' || *p == '*' || inClass(trailing, p);
@@ -62,8 +60,7 @@ bool CFileContents::isMatch(const char *text, const char *term, bool first) cons
     if (*term == '*') {
       const char *next = term + 1;
       if (!isTermByte(trailingCharClass, next)) return true;
-      for (const char *p = text; inClass(p == text && first ? firstCharClass : trailingCharClass, p);
-           ++p) {
+      for (const char *p = text; inClass(p == text && first ? firstCharClass : trailingCharClass, p); ++p) {
         if (lowerCase(byteAt(p)) == byteAt(next) && isMatch(p, next, false)) return true;
       }
       return false;

@@ -59,8 +59,7 @@ uint32_t setFolderRecord(CFileStorage &files, uint32_t record, const struct stat
   return record;
 }
 
-void setFileRecord(CFileStorage &files, uint32_t record, uint32_t parentId,
-                   const struct stat &info) {
+void setFileRecord(CFileStorage &files, uint32_t record, uint32_t parentId, const struct stat &info) {
   char *data = files.getData(record);
   file_record::setParent(data, parentId);
   file_record::setTime(data, static_cast<int32_t>(info.st_mtime));
@@ -148,8 +147,8 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     const bool isFolder = S_ISDIR(info.st_mode);
 
     // Entries already known are pruning's business.
-    const uint32_t known = isFolder ? files->lookupFile(fullPath.c_str(), 0)
-                                    : files->lookupFile(name.c_str(), folderId);
+    const uint32_t known =
+        isFolder ? files->lookupFile(fullPath.c_str(), 0) : files->lookupFile(name.c_str(), folderId);
     if (known || isExcluded(fullPath.c_str())) continue;
 
     if (isFolder) {
@@ -167,8 +166,7 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     // A FIFO or device is recorded but never opened: reading one can block
     // for ever.
     if (analyzer && S_ISREG(info.st_mode)) {
-      reportProgress(kurvo_keys::kIndexingFile,
-                     fullPath + '\t' + std::to_string(DirectoriesRead));
+      reportProgress(kurvo_keys::kIndexingFile, fullPath + '\t' + std::to_string(DirectoriesRead));
       if (!analyzer->indexFile(fullPath.c_str(), record)) reportSkipped("file", fullPath);
     }
   }

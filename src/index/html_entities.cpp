@@ -1,4 +1,6 @@
 // The index's table of named HTML character references and their decoding.
+// Tables laid out by hand:
+// clang-format off
 #include "index/kurvo_index.h"
 
 namespace {

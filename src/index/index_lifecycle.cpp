@@ -29,7 +29,8 @@ void CKurvoIndex::emptyIndex() {
 
   // Skip words survive, so a rebuild need not read the skip file again.
   files = new CFileStorage(storagePath + "files", 1000);
-  words = new CTextStorage(storagePath + "words", table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
+  words =
+      new CTextStorage(storagePath + "words", table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
   // Make the first progress report of the run due at once.
   lastStatusTime = std::time(nullptr) - 2;
 }
@@ -45,7 +46,8 @@ void CKurvoIndex::newFileLinks() {
   links = new CFileLinks(storagePath + "links", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
   // The first word after the header stays reserved: list blocks start at 20.
   links->getSpace(4);
-  wordLinks = new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
+  wordLinks =
+      new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
 }
 
 void CKurvoIndex::enableWrite(bool on) {
@@ -61,8 +63,7 @@ void CKurvoIndex::enableWrite(bool on) {
 
 void CKurvoIndex::storeStorage(const std::string &folder) {
   enableWrite(false);
-  if (!files || !words || !skipWords || !links)
-    throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  if (!files || !words || !skipWords || !links) throwKurvoError(kurvo_keys::kAssertionFailed, "");
   FILE *hash = std::fopen((folder + "hash").c_str(), "wb");
   // Same key as for reading: the host treats both as an unusable storage.
   if (!hash) throwKurvoError(kurvo_keys::kStorageReadError, folder);
@@ -98,13 +99,14 @@ void CKurvoIndex::compactLinks() {
   if (needed > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(needed));
 
   std::vector<NewListPosition> positions;
-  auto compacted = std::make_unique<CFileLinks>(newPath, initialSize, table_sizes::kLinks.increment,
-                                                 links->hasCounts() ? 1 : 0);
+  auto compacted =
+      std::make_unique<CFileLinks>(newPath, initialSize, table_sizes::kLinks.increment, links->hasCounts() ? 1 : 0);
   try {
     compacted->setGrowByRequest(true);
     compacted->getSpace(4);
     positions = ::compactLinks(*words, *files, *links, *compacted);
-    if (!words->isWritable() && !words->enableWrite()) throwKurvoError(kurvo_keys::kFileMapWriteFail, storagePath + "words");
+    if (!words->isWritable() && !words->enableWrite())
+      throwKurvoError(kurvo_keys::kFileMapWriteFail, storagePath + "words");
     compacted->disableWrite();
     if (std::rename(newPath.c_str(), path.c_str()) != 0) throwKurvoError(kurvo_keys::kFileMapWriteFail, path);
   } catch (...) {

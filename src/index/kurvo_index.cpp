@@ -29,16 +29,15 @@ std::string::size_type fourthSlashFromEnd(const std::string &path) {
 // would read wrong here: name that cause rather than a damaged index.
 void refuseOtherByteOrder(FILE *hash, const std::string &storagePath) {
   unsigned char first[4];
-  const bool swapped = std::fread(first, 1, sizeof first, hash) == sizeof first &&
-                       load32(first) == swapBytes32(kFileStorageMagic);
+  const bool swapped =
+      std::fread(first, 1, sizeof first, hash) == sizeof first && load32(first) == swapBytes32(kFileStorageMagic);
   std::rewind(hash);
   if (swapped) throwKurvoError(kurvo_keys::kStorageByteOrder, storagePath);
 }
 
 }  // namespace
 
-CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
-    : storagePath(storagePath) {
+CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath) : storagePath(storagePath) {
   // The host sets the four classes it relies on; start them all at 0.
   std::memset(validCharMask, 0, sizeof validCharMask);
   std::memset(validTrailingMask, 0, sizeof validTrailingMask);
@@ -70,7 +69,8 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
     try {
       files = new CFileStorage(filesName, 1000);
       words = new CTextStorage(wordsName, table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
-      skipWords = new CTextStorage(skippedName, table_sizes::kSkipped.initial, table_sizes::kSkipped.increment, 0, 1000);
+      skipWords =
+          new CTextStorage(skippedName, table_sizes::kSkipped.initial, table_sizes::kSkipped.increment, 0, 1000);
       links = new CFileLinks(linksName, table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
     } catch (...) {
       freeMemFiles();
@@ -96,9 +96,7 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath)
   fillEntities();
 }
 
-CKurvoIndex::~CKurvoIndex() {
-  clear();
-}
+CKurvoIndex::~CKurvoIndex() { clear(); }
 
 void CKurvoIndex::clear() {
   clearAnalyzers();

@@ -82,8 +82,7 @@ class CKurvoIndex {
   // Fills the entity map with the named references htmlChar knows.
   void fillEntities();
   // Writes one archive member to a temporary file; its path, or "" on failure.
-  std::string extractToTempFile(const char *archivePath, const char *memberName,
-                                uint32_t memberNumber);
+  std::string extractToTempFile(const char *archivePath, const char *memberName, uint32_t memberNumber);
 
   // Progress at most once a second while ShowStatus is set: reports key with
   // argument and raises "HaltRequested" when the host answers 0.

@@ -88,8 +88,7 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
       threshold += kCompressReportStep;
     }
     unsigned char count = 0;
-    for (uint32_t word = wordLinks.getWord(position, count); word;
-         word = wordLinks.getWord(position, count)) {
+    for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
       ++linksRead;
       char *data = words.getData(word);
       if (!data || !takesSlot(data, file)) continue;

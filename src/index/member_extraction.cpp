@@ -6,8 +6,7 @@
 #include "analyzers/file_analyzer.h"
 #include "index/kurvo_index.h"
 
-std::string CKurvoIndex::extractToTempFile(const char *archivePath, const char *memberName,
-                                           uint32_t memberNumber) {
+std::string CKurvoIndex::extractToTempFile(const char *archivePath, const char *memberName, uint32_t memberNumber) {
   // The archive's analyzer is the one its include pattern names, exactly as
   // when the archive was indexed.
   CFileAnalyzer *archiveAnalyzer = analyzerThatMatches(archivePath);
@@ -21,7 +20,6 @@ std::string CKurvoIndex::extractToTempFile(const char *archivePath, const char *
   std::snprintf(tempPath, sizeof tempPath, "%s%ctmp%d.%s", temporaryDirectory.c_str(), '/',
                 static_cast<int>(memberNumber), extension);
 
-  if (!archiveAnalyzer->extractToTempFile(archivePath, memberName, tempPath, memberNumber))
-    return "";
+  if (!archiveAnalyzer->extractToTempFile(archivePath, memberName, tempPath, memberNumber)) return "";
   return tempPath;
 }

@@ -11,7 +11,7 @@ namespace {
 
 void freePatterns(char **&patterns) {
   if (!patterns) return;
-  for (char **p = patterns; *p; ++p) delete[] *p;
+  for (char **p = patterns; *p; ++p) delete[] * p;
   delete[] patterns;
   patterns = nullptr;
 }
@@ -40,9 +40,7 @@ void CKurvoIndex::setExcludeCount(int count) {
   if (count > 0) excludePatterns = new char *[count + 1]();
 }
 
-void CKurvoIndex::setExcludePattern(int i, const char *pattern) {
-  storePattern(excludePatterns, i, pattern);
-}
+void CKurvoIndex::setExcludePattern(int i, const char *pattern) { storePattern(excludePatterns, i, pattern); }
 
 void CKurvoIndex::setIncludePattern(int i, const char *pattern, const char *analyzerName) {
   storePattern(includePatterns, i, pattern);
@@ -53,9 +51,7 @@ void CKurvoIndex::setIncludePattern(int i, const char *pattern, const char *anal
   includeAnalyzers[i] = it->second;
 }
 
-int CKurvoIndex::dirMatch(const char *path, const char *pattern) const {
-  return ::dirMatch(path, pattern);
-}
+int CKurvoIndex::dirMatch(const char *path, const char *pattern) const { return ::dirMatch(path, pattern); }
 
 int CKurvoIndex::isExcluded(const char *name) const {
   if (!excludePatterns) return 0;

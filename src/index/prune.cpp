@@ -20,9 +20,8 @@ void writeDeadParentReport(const std::string &folder, const char *name, uint32_t
   const std::string path = folder.empty() ? "deadkurvo.txt" : folder + "/deadkurvo.txt";
   FILE *out = std::fopen(path.c_str(), "w");
   if (!out) return;
-  std::fprintf(out, "Name %s\nnFile %x\npFileInfo->m_nParent %x\npFolderInfo %x\n", name,
-               static_cast<unsigned>(record), static_cast<unsigned>(parent),
-               static_cast<unsigned>(lastParentFetched));
+  std::fprintf(out, "Name %s\nnFile %x\npFileInfo->m_nParent %x\npFolderInfo %x\n", name, static_cast<unsigned>(record),
+               static_cast<unsigned>(parent), static_cast<unsigned>(lastParentFetched));
   std::fclose(out);
 }
 
@@ -102,8 +101,8 @@ void CKurvoIndex::prune() {
   // New words of this run collect in a fresh word-link list for compressLinks.
   delete wordLinks;
   wordLinks = nullptr;
-  wordLinks = new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment,
-                             UseRanking);
+  wordLinks =
+      new CWordLinks(storagePath + "temp", table_sizes::kLinks.initial, table_sizes::kLinks.increment, UseRanking);
   enableWrite(true);
 
   // Records added from here on (updates, re-indexed files) are not revisited.
@@ -111,8 +110,7 @@ void CKurvoIndex::prune() {
   uint32_t visited = 0;
   uint32_t lastParentFetched = 0;
 
-  for (uint32_t record = files->getFirst(); record && record < recordLimit;
-       record = files->getNext(record)) {
+  for (uint32_t record = files->getFirst(); record && record < recordLimit; record = files->getNext(record)) {
     ++visited;
     reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
 

@@ -99,8 +99,8 @@ void CKurvoIndex::indexExclusions() {
 
   delete skipWords;
   skipWords = nullptr;
-  skipWords = new CTextStorage(storagePath + "skipped", table_sizes::kSkipped.initial,
-                              table_sizes::kSkipped.increment, 0, 1000);
+  skipWords = new CTextStorage(storagePath + "skipped", table_sizes::kSkipped.initial, table_sizes::kSkipped.increment,
+                               0, 1000);
 
   std::string path = !skipFilePath.empty() ? skipFilePath : configurationFolder() + "skipfile.txt";
   std::unique_ptr<FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));

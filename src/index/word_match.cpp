@@ -40,6 +40,6 @@ int CKurvoIndex::doesWordMatch(const char *word, const char *pattern) const {
   constexpr int question = '?';
   const Wildcards wild{!validCharMask[star] && !validTrailingMask[star],
                        !validCharMask[question] && !validTrailingMask[question]};
-  return matchFrom(reinterpret_cast<const unsigned char *>(word),
-                   reinterpret_cast<const unsigned char *>(pattern), wild);
+  return matchFrom(reinterpret_cast<const unsigned char *>(word), reinterpret_cast<const unsigned char *>(pattern),
+                   wild);
 }

@@ -1,4 +1,6 @@
 // Every message key the library reports; hosts translate them into words.
+// Tables laid out by hand:
+// clang-format off
 #pragma once
 
 namespace kurvo_keys {

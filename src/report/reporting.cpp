@@ -37,8 +37,6 @@ KURVO_API int kSetStatus(const char *key, const char *argument) {
   return pStatusCallBack(key, argument, 0);
 }
 
-KURVO_API int kRawStdoutWrite(const char *text) {
-  return static_cast<int>(write(1, text, std::strlen(text)));
-}
+KURVO_API int kRawStdoutWrite(const char *text) { return static_cast<int>(write(1, text, std::strlen(text))); }
 
 }  // extern "C"

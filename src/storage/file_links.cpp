@@ -22,9 +22,7 @@ uint32_t CFileLinks::getNextList(uint32_t position) const {
   return load32(p);
 }
 
-void CFileLinks::setNextList(uint32_t position, uint32_t value) {
-  store32(writableRange(position, 4), value);
-}
+void CFileLinks::setNextList(uint32_t position, uint32_t value) { store32(writableRange(position, 4), value); }
 
 void CFileLinks::removeFile(uint32_t fileNumber) {
   // The scan steps from offset 0 by the entry size whatever the blocks are,

@@ -20,9 +20,7 @@ class CFileLinks : public CLinkRegion {
   void addFile(uint32_t position, uint32_t fileNumber, unsigned char count);
   // File number and count at position (255 without counts; 0 and 0 when not
   // addressable); position += entry size.
-  uint32_t getFile(uint32_t &position, unsigned char &count) const {
-    return readEntry(position, count);
-  }
+  uint32_t getFile(uint32_t &position, unsigned char &count) const { return readEntry(position, count); }
   // The next-list word at position. Raises "AssertionFailed" when it is not
   // addressable.
   uint32_t getNextList(uint32_t position) const;

@@ -68,8 +68,8 @@ uint32_t CFileMemory::getNewSpace(uint32_t size) {
 // disk fails here rather than as a fault when the mapping is written.
 bool CFileMemory::reserve(uint32_t oldLength, uint64_t newLength) {
   if (newLength > oldLength) {
-    const int result = posix_fallocate(m_nFileDescriptor, static_cast<off_t>(oldLength),
-                                       static_cast<off_t>(newLength - oldLength));
+    const int result =
+        posix_fallocate(m_nFileDescriptor, static_cast<off_t>(oldLength), static_cast<off_t>(newLength - oldLength));
     if (result == 0) return true;
     // File systems that cannot reserve blocks are only extended.
     if (result != EOPNOTSUPP && result != EINVAL) return false;
@@ -215,9 +215,7 @@ void CFileMemory::clearAll() {
   m_pHeader = nullptr;
 }
 
-std::string CFileMemory::getStoragePath() const {
-  return m_sStoragePath.empty() ? std::string(".") : m_sStoragePath;
-}
+std::string CFileMemory::getStoragePath() const { return m_sStoragePath.empty() ? std::string(".") : m_sStoragePath; }
 
 void CFileMemory::setStoragePath(const std::string &path) { m_sStoragePath = path; }
 

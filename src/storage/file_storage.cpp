@@ -31,8 +31,7 @@ bool CFileStorage::read(FILE *stream) {
 }
 
 bool CFileStorage::store(FILE *stream) {
-  return writeWord(stream, kFileStorageMagic) && writeWord(stream, m_nPrefixSize) &&
-         storeBuckets(stream);
+  return writeWord(stream, kFileStorageMagic) && writeWord(stream, m_nPrefixSize) && storeBuckets(stream);
 }
 
 uint32_t CFileStorage::addFile(const char *name) {

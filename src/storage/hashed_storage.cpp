@@ -45,8 +45,8 @@ uint32_t hashText(const char *text, uint32_t bucketCount) {
   return bucketCount ? h % bucketCount : 0;
 }
 
-CHashedStorage::CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment,
-                               uint32_t prefixSize, uint32_t bucketCount)
+CHashedStorage::CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t prefixSize,
+                               uint32_t bucketCount)
     : CFileMemory(path, initialSize, increment), m_nPrefixSize(prefixSize) {
   resetBuckets(bucketCount);
 }
@@ -134,9 +134,7 @@ bool CHashedStorage::readBuckets(FILE *stream) {
   return false;
 }
 
-bool CHashedStorage::storeBuckets(FILE *stream) const {
-  return storeHashEntries(stream, m_nBucketCount, m_pBuckets);
-}
+bool CHashedStorage::storeBuckets(FILE *stream) const { return storeHashEntries(stream, m_nBucketCount, m_pBuckets); }
 
 char *CHashedStorage::nextWord(uint32_t textOffset) const {
   if (textOffset < m_nPrefixSize || !getRange(textOffset - m_nPrefixSize, 4))

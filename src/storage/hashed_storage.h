@@ -35,8 +35,8 @@ class CHashedStorage : public CFileMemory {
   uint32_t getBucketCount() const { return m_nBucketCount; }
 
  protected:
-  CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment,
-                 uint32_t prefixSize, uint32_t bucketCount);
+  CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t prefixSize,
+                 uint32_t bucketCount);
   explicit CHashedStorage(const std::string &path);
 
   // Appends an entry with a zero prefix and the text; it is not yet linked.

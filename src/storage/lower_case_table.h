@@ -14,6 +14,4 @@ extern std::array<unsigned char, 256> lowerCaseTable;
 void mapLowerCaseChars();
 
 // The folded value of byte c.
-inline unsigned char lowerCase(unsigned char c) {
-  return lowerCaseTable[c ^ 0x80];
-}
+inline unsigned char lowerCase(unsigned char c) { return lowerCaseTable[c ^ 0x80]; }

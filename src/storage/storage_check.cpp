@@ -26,7 +26,7 @@ struct Table {
   TableSize size;  // as the library creates the table (links: at least)
   std::vector<char> bytes;
   uint32_t used = 0;
-  bool walkable = false;  // the header's used size can be trusted
+  bool walkable = false;          // the header's used size can be trusted
   std::vector<uint32_t> entries;  // entry offsets in storage order, so sorted
   bool has(uint32_t offset) const { return std::binary_search(entries.begin(), entries.end(), offset); }
   uint32_t word(uint32_t offset) const { return load32(bytes.data() + offset); }
@@ -93,7 +93,8 @@ class StoreChecker {
     if (t.word(12) != t.size.increment) damage(t, 12, "the header's growth step is not the table's");
     t.walkable = true;
     auto stray = std::find_if(t.bytes.begin() + t.used, t.bytes.end(), [](char c) { return c != 0; });
-    if (stray != t.bytes.end()) damage(t, static_cast<uint32_t>(stray - t.bytes.begin()), "a byte past the used part is not zero");
+    if (stray != t.bytes.end())
+      damage(t, static_cast<uint32_t>(stray - t.bytes.begin()), "a byte past the used part is not zero");
   }
 
   // "hash": the four descriptions and nothing after them.
@@ -272,6 +273,4 @@ class StoreChecker {
 
 }  // namespace
 
-uint32_t checkStorage(const std::string &folder, const DamageSink &sink) {
-  return StoreChecker(folder, sink).run();
-}
+uint32_t checkStorage(const std::string &folder, const DamageSink &sink) { return StoreChecker(folder, sink).run(); }

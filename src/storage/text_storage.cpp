@@ -7,8 +7,8 @@
 #include "report/reporting.h"
 #include "storage/description_io.h"
 
-CTextStorage::CTextStorage(const std::string &path, uint32_t initialSize, uint32_t increment,
-                           uint32_t dataSize, uint32_t bucketCount)
+CTextStorage::CTextStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t dataSize,
+                           uint32_t bucketCount)
     : CHashedStorage(path, initialSize, increment, dataSize + 4, bucketCount) {}
 
 CTextStorage::CTextStorage(const std::string &path, FILE *stream) : CHashedStorage(path) {
@@ -26,8 +26,8 @@ bool CTextStorage::read(FILE *stream) {
 }
 
 bool CTextStorage::store(FILE *stream) {
-  return writeWord(stream, kTextStorageMagic) && writeWord(stream, m_nPrefixSize) &&
-         writeWord(stream, m_nEntryCount) && storeBuckets(stream);
+  return writeWord(stream, kTextStorageMagic) && writeWord(stream, m_nPrefixSize) && writeWord(stream, m_nEntryCount) &&
+         storeBuckets(stream);
 }
 
 uint32_t CTextStorage::addText(const char *text) {

@@ -13,8 +13,8 @@ constexpr uint32_t kTextStorageMagic = 12350001;
 // known by its text offset; 0 means none.
 class CTextStorage : public CHashedStorage {
  public:
-  CTextStorage(const std::string &path, uint32_t initialSize, uint32_t increment,
-               uint32_t dataSize, uint32_t bucketCount);
+  CTextStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t dataSize,
+               uint32_t bucketCount);
   // Opens the memory file and reads the saved description from stream.
   // Raises "StorageReadError" with path when either cannot be read.
   CTextStorage(const std::string &path, FILE *stream);
@@ -41,10 +41,10 @@ class CTextStorage : public CHashedStorage {
 
 // Offsets of the word table's 16-byte data area.
 namespace word_data {
-constexpr uint32_t kCurrentFile = 0;   // u32: last file the word was seen in
-constexpr uint32_t kCounter = 4;       // u16: occurrences there minus one, max 255
-constexpr uint32_t kReserved = 6;      // u16: zero
-constexpr uint32_t kListPosition = 8;  // u32: top of the newest file-list block
-constexpr uint32_t kEarlierFiles = 12; // u32: files before the current one
+constexpr uint32_t kCurrentFile = 0;    // u32: last file the word was seen in
+constexpr uint32_t kCounter = 4;        // u16: occurrences there minus one, max 255
+constexpr uint32_t kReserved = 6;       // u16: zero
+constexpr uint32_t kListPosition = 8;   // u32: top of the newest file-list block
+constexpr uint32_t kEarlierFiles = 12;  // u32: files before the current one
 constexpr uint32_t kSize = 16;
 }  // namespace word_data

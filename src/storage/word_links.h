@@ -22,9 +22,7 @@ class CWordLinks : public CLinkRegion {
   uint32_t getFile(uint32_t &position) const;
   // Word number at position and its count (255 without counts; 0 and 0 when
   // not addressable); position += entry size. Word 0 ends a group.
-  uint32_t getWord(uint32_t &position, unsigned char &count) const {
-    return readEntry(position, count);
-  }
+  uint32_t getWord(uint32_t &position, unsigned char &count) const { return readEntry(position, count); }
 
  private:
   uint32_t m_nCurrentFile = 0;

@@ -30,8 +30,8 @@ class DisplayTest : public AnalyzerTest {
   std::string strip(std::string source, int wrapWidth = 0, unsigned long outputSize = 4096) {
     std::vector<char> output(outputSize + 1, 'X');
     int state = 0;
-    const unsigned long written = analyzer->stripBuffer(
-        source.data(), source.size(), output.data(), outputSize, wrapWidth, true, true, &state);
+    const unsigned long written =
+        analyzer->stripBuffer(source.data(), source.size(), output.data(), outputSize, wrapWidth, true, true, &state);
     EXPECT_EQ(output[written], '\0');
     return std::string(output.data(), written);
   }
@@ -45,7 +45,10 @@ const std::vector<StripCase> &stripCases() {
       {"CrLfIsOneLineFeed", "ab\r\ncd end", 0, "ab\ncd\nend"},
       {"LoneCrIsOneLineFeed", "ab\rcd end", 0, "ab\ncd\nend"},
       {"LoneLfIsOneLineFeed", "ab\ncd end", 0, "ab\ncd\nend"},
-      {"Byte227IsOneLineFeed", "ab\xE3" "cd end", 0, "ab \ncd\nend"},
+      {"Byte227IsOneLineFeed",
+       "ab\xE3"
+       "cd end",
+       0, "ab \ncd\nend"},
       {"CrAtBufferEndIsALineFeed", "ab cd\r", 0, "ab\ncd\n"},
       {"BlankRunsBecomeOneSpace", "ab \t  cd\t\tef", 0, "ab cd\nef"},
       {"NoSpaceMeansFirstByteBecomesLineFeed", "abcd", 0, "\nbcd"},
@@ -54,8 +57,16 @@ const std::vector<StripCase> &stripCases() {
       {"ShownNonAlphaStays", "ab -- cd", 0, "ab --\ncd"},
       {"NonAlphaInTextStays", "ab c** d", 0, "ab c**\nd"},
       {"LettersAfterAProvisionalRunKeepItOpen", "ab **cd ef", 0, "ab\n**cdef"},
-      {"ThreeHighBitBytesShown", "ab \x81\x82\x83" "cd", 0, "ab\n\x81\x82\x83" "cd"},
-      {"FourHighBitBytesFiltered", "ab \x81\x82\x83\x84" "cd", 0, "ab\ncd"},
+      {"ThreeHighBitBytesShown",
+       "ab \x81\x82\x83"
+       "cd",
+       0,
+       "ab\n\x81\x82\x83"
+       "cd"},
+      {"FourHighBitBytesFiltered",
+       "ab \x81\x82\x83\x84"
+       "cd",
+       0, "ab\ncd"},
       {"NulBehindShownCharacterSkipped", "a\0b\0 \0c\0d\0"s, 0, "ab\ncd"},
       {"WrapAtLastSpace", "aaaa bbbb cccc dddd", 10, "aaaa bbbb\ncccc\ndddd"},
       {"WrapWithoutSpaceBreaksFirstByte", "abcdefgh", 4, "\nbcdefgh"},

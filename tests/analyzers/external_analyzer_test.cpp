@@ -46,7 +46,8 @@ TEST(ExternalAnalyzerList, ParsesEntriesOfThreeLines) {
     EXPECT_EQ(entryText(parseExternalAnalyzerList(c.text.data(), c.text.size())), c.entries);
   }
   EXPECT_TRUE(hasBothPlaceholdersOnce("conv %o %i"));
-  for (const char *bad : {"conv %i", "conv %i %i", "conv %o %i %o", "conv"}) EXPECT_FALSE(hasBothPlaceholdersOnce(bad)) << bad;
+  for (const char *bad : {"conv %i", "conv %i %i", "conv %o %i %o", "conv"})
+    EXPECT_FALSE(hasBothPlaceholdersOnce(bad)) << bad;
 }
 
 class ExternalAnalyzerTest : public ::testing::Test {
@@ -126,7 +127,8 @@ TEST_F(ExternalAnalyzerTest, TheListIsReadBesideTheIndexWithItsLimits) {
 
 TEST_F(ExternalAnalyzerTest, FileNamesNeverRunCommands) {
   declare("conv\ntxt\ntr a-z A-Z < %i > %o\n");
-  for (const char *name : {"$(touch HACKED).doc", "a;touch HACKED.doc", "`touch HACKED`.doc", "q'x;touch HACKED'.doc"}) {
+  for (const char *name :
+       {"$(touch HACKED).doc", "a;touch HACKED.doc", "`touch HACKED`.doc", "q'x;touch HACKED'.doc"}) {
     SCOPED_TRACE(name);
     data.write(name, "ordinary words\n");
     EXPECT_TRUE(indexWords(data.file(name)).count("ordinary"));

@@ -41,8 +41,7 @@ class TableModel {
     for (const Entry &e : m_entries) {
       std::string counter(2, '\0');
       store16(&counter[0], e.counter);
-      out += bytes32(e.next) + bytes32(e.file) + counter + std::string(6, '\0') +
-             bytes32(e.earlier) + e.text + '\0';
+      out += bytes32(e.next) + bytes32(e.file) + counter + std::string(6, '\0') + bytes32(e.earlier) + e.text + '\0';
     }
     return out;
   }
@@ -99,14 +98,11 @@ class TableModel {
   uint32_t m_linkFile = 0;
 };
 
-std::string regionBytes(const CFileMemory &memory) {
-  return std::string(memory.getPointer(16), memory.getUsed() - 16);
-}
+std::string regionBytes(const CFileMemory &memory) { return std::string(memory.getPointer(16), memory.getUsed() - 16); }
 
 TEST_F(AnalyzerTest, FolderOfFilesGivesExactWordTableAndLinks) {
   const std::vector<std::pair<std::string, std::string>> texts = {
-      {"one.txt",
-       "The quick brown fox jumps over the lazy dog.\nThe DOG sleeps; the fox runs 42 laps.\n"},
+      {"one.txt", "The quick brown fox jumps over the lazy dog.\nThe DOG sleeps; the fox runs 42 laps.\n"},
       {"two.txt",
        "Lazy afternoons: the dog and the cat share 1234 naps,\n"
        "abcdefghijklmnopq abcdefghijklmnopqr\n"},

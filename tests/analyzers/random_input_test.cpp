@@ -48,8 +48,8 @@ TEST_F(AnalyzerTest, RandomFilesIndexAndDisplayWithinTheirLimits) {
     const std::string path = dataFile("random.bin", randomFile(random));
     EXPECT_TRUE(analyzer->indexFile(path.c_str(), fileNumber));
     const unsigned long maxLength = random() % 3 ? 200000 : random() % 100;
-    char *text = analyzer->fillDisplayBuffer(path.c_str(), fileNumber, maxLength,
-                                             static_cast<int>(random() % 3) * 30, true);
+    char *text =
+        analyzer->fillDisplayBuffer(path.c_str(), fileNumber, maxLength, static_cast<int>(random() % 3) * 30, true);
     ASSERT_NE(text, nullptr);
     EXPECT_LE(std::strlen(text), maxLength);
     std::free(text);

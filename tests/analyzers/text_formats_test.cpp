@@ -1,4 +1,6 @@
-// HTML, RTF, Mac Roman and DOS OEM: documents made by real tools and the formats' edge cases, as words and display text.
+// HTML, RTF, Mac Roman and DOS OEM: documents made by real tools and the formats' edge cases, as words and display
+// text. Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 
 #include <cstdlib>

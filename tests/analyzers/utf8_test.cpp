@@ -1,4 +1,6 @@
-// UTF-8 text: decoding cut at every byte, words including the last and those across reads, display text, content detection.
+// UTF-8 text: decoding cut at every byte, words including the last and those across reads, display text, content
+// detection. Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -8,12 +8,12 @@
 #include <string.h>
 #include <sys/stat.h>
 
-#define CHECK(cond, what)                                                                   \
-  do {                                                                                      \
-    if (!(cond)) {                                                                          \
+#define CHECK(cond, what)                                                                            \
+  do {                                                                                               \
+    if (!(cond)) {                                                                                   \
       fprintf(stderr, "c_api_test:%d: %s: %s (last error: %s)\n", __LINE__, #cond, what, lastError); \
-      exit(1);                                                                              \
-    }                                                                                       \
+      exit(1);                                                                                       \
+    }                                                                                                \
   } while (0)
 
 static char lastError[512] = "";

@@ -82,7 +82,9 @@ TEST_F(ExportsTest, RecordEdgeCases) {
   EXPECT_STREQ(kfiGetFileName(empty), "");
   void *record = kfsGetInfo(files, kfsAddFile(files, "abc"));
   kfiMarkFileObsolete(record);
-  EXPECT_STREQ(kfiGetFileName(record), "\xFF" "bc");
+  EXPECT_STREQ(kfiGetFileName(record),
+               "\xFF"
+               "bc");
 
   // Times keep whole seconds, before the 1970 epoch too.
   kfiSetFileTimeLastWritten(record, 2082844800.0 + 1234.75);
@@ -97,9 +99,7 @@ TEST_F(ExportsTest, RecordEdgeCases) {
 class NothingToShow : public CFileAnalyzer {
  public:
   using CFileAnalyzer::CFileAnalyzer;
-  char *fillDisplayBuffer(const char *, unsigned long, unsigned long, int, bool) override {
-    return nullptr;
-  }
+  char *fillDisplayBuffer(const char *, unsigned long, unsigned long, int, bool) override { return nullptr; }
 };
 
 TEST_F(ExportsTest, ViewerErrors) {

@@ -15,8 +15,12 @@ TEST(JsonValues, PathsThatAreNotUtf8TravelAsBase64Too) {
     std::string path;
     bool valid;
   } cases[] = {
-      {"/home/a/caf\xC3\xA9.txt", true}, {"/home/a/caf\xE9.txt", false}, {"/x/\xF0\x9F\x98\x80", true},
-      {"/x/\xC0\xAF", false},            {"/x/\xED\xA0\x80", false},     {"/x/\xE2\x82", false},
+      {"/home/a/caf\xC3\xA9.txt", true},
+      {"/home/a/caf\xE9.txt", false},
+      {"/x/\xF0\x9F\x98\x80", true},
+      {"/x/\xC0\xAF", false},
+      {"/x/\xED\xA0\x80", false},
+      {"/x/\xE2\x82", false},
       {"", true},
   };
   for (const auto &c : cases) {
@@ -44,7 +48,9 @@ TEST(JsonValues, TimesAreIso8601WithTheirOffset) {
     tzset();
     EXPECT_EQ(isoTime(1795512001), expected) << tz;
   }
-  if (zone) setenv("TZ", saved.c_str(), 1);
-  else unsetenv("TZ");
+  if (zone)
+    setenv("TZ", saved.c_str(), 1);
+  else
+    unsetenv("TZ");
   tzset();
 }

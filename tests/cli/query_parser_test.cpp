@@ -1,4 +1,6 @@
 // The query language: how texts parse, what the viewer is given, and errors.
+// Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 
 #include <utility>

@@ -21,8 +21,7 @@ namespace contents_test {
 // asked for, as they were at that moment.
 class FixedTextAnalyzer : public CFileAnalyzer {
  public:
-  FixedTextAnalyzer(CKurvoIndex *index, std::string text)
-      : CFileAnalyzer(index), m_text(std::move(text)) {}
+  FixedTextAnalyzer(CKurvoIndex *index, std::string text) : CFileAnalyzer(index), m_text(std::move(text)) {}
 
   char *fillDisplayBuffer(const char *path, unsigned long, unsigned long, int, bool) override {
     seenBytes.push_back(kurvo_test::readFile(path));
@@ -38,15 +37,13 @@ class FixedTextAnalyzer : public CFileAnalyzer {
 // An archive whose members are written as "member <name> of <archive bytes>".
 class FakeArchiveAnalyzer : public CFileAnalyzer {
  public:
-  explicit FakeArchiveAnalyzer(CKurvoIndex *index, bool fail = false)
-      : CFileAnalyzer(index), m_fail(fail) {}
+  explicit FakeArchiveAnalyzer(CKurvoIndex *index, bool fail = false) : CFileAnalyzer(index), m_fail(fail) {}
 
   bool extractToTempFile(const char *archivePath, const char *memberName, const char *tempPath,
                          unsigned long memberNumber) override {
     calls.push_back({archivePath, tempPath, memberNumber, std::ifstream(archivePath).good()});
     if (m_fail) return false;
-    kurvo_test::writeFile(tempPath, std::string("member ") + memberName + " of " +
-                                        kurvo_test::readFile(archivePath));
+    kurvo_test::writeFile(tempPath, std::string("member ") + memberName + " of " + kurvo_test::readFile(archivePath));
     return true;
   }
 

@@ -43,9 +43,9 @@ TEST_F(HitSearchTest, QueriesMarkTheseWords) {
       {"ab abc abcd", "ab?", {"ab", "abc"}, 5},
       {"ab abc abcd", "ab*", {"ab", "abc", "abcd"}, 5},
       {"abc abcbd", "a*bd", {"abcbd"}, 5},  // the star tries each later match
-      {"ab abc", "ab", {"ab"}, 5},  // the term covers the whole word
-      {"abc ac", "a*?", {}, 5},  // "*" then "?" looks for a literal "?"
-      {"One TWO", "two Two", {"TWO"}, 5},  // text folded, query as it stands
+      {"ab abc", "ab", {"ab"}, 5},          // the term covers the whole word
+      {"abc ac", "a*?", {}, 5},             // "*" then "?" looks for a literal "?"
+      {"One TWO", "two Two", {"TWO"}, 5},   // text folded, query as it stands
       // Proximity: "a" is marked only with a "b" among the next N + 1 words.
       {"a x x x b", "a <3 b", {"a", "b"}, 5},
       {"a x x x x b", "a <3 b", {"b"}, 5},
@@ -97,8 +97,7 @@ struct OutlineCase {
 
 TEST_F(HitSearchTest, OutlineKeepsTheLinesWithHitsOnce) {
   const OutlineCase cases[] = {
-      {"alpha beta\ngamma delta\nbeta again\nlast beta", "beta", "alpha beta\nbeta again\nlast beta",
-       16},
+      {"alpha beta\ngamma delta\nbeta again\nlast beta", "beta", "alpha beta\nbeta again\nlast beta", 16},
       {"beta beta beta\nzeta\n", "beta", "beta beta beta\n", 16},
       {"first\nsecond\n", "*", "first\nsecond\n", 16},
       // Hits outside the word lengths (3 to the maximum) do not count; a

@@ -76,12 +76,10 @@ void corrupt(const std::string &path, std::mt19937 &random) {
       for (int i = 0; i < 4; ++i) bytes[random() % bytes.size()] = static_cast<char>(random());
       break;
     case 1: {  // one word set to a value near a boundary
-      const uint32_t values[] = {0, 1, 16, 35, 36, 0xFFFFFFFFu, 0x7FFFFFFFu,
-                                 static_cast<uint32_t>(bytes.size())};
+      const uint32_t values[] = {0, 1, 16, 35, 36, 0xFFFFFFFFu, 0x7FFFFFFFu, static_cast<uint32_t>(bytes.size())};
       const size_t at = random() % bytes.size();
       const uint32_t value = values[random() % 8];
-      for (size_t i = 0; i < 4 && at + i < bytes.size(); ++i)
-        bytes[at + i] = static_cast<char>(value >> (8 * i));
+      for (size_t i = 0; i < 4 && at + i < bytes.size(); ++i) bytes[at + i] = static_cast<char>(value >> (8 * i));
       break;
     }
     default:  // cut short

@@ -1,4 +1,6 @@
 // End to end: a generated folder tree indexed, compressed and stored, then changed and updated.
+// Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -46,8 +46,7 @@ TEST_F(IndexObject, SkippedFolderIsCutBeforeTheFourthSlashFromTheEnd) {
   EXPECT_EQ(index->configurationFolder(), above + "/");
   // Without the trailing '/' the cut falls one level higher, before "/a".
   const std::string bare = path.substr(0, path.size() - 1);
-  EXPECT_EQ(CKurvoIndex(true, bare).skippedFolder,
-            bare.substr(0, bare.size() - std::string("/a/b/c/store").size()));
+  EXPECT_EQ(CKurvoIndex(true, bare).skippedFolder, bare.substr(0, bare.size() - std::string("/a/b/c/store").size()));
 }
 
 TEST_F(IndexObject, ControlClassIsOneToSixEightAndFourteenToThirtyOne) {
@@ -58,9 +57,11 @@ TEST_F(IndexObject, ControlClassIsOneToSixEightAndFourteenToThirtyOne) {
 }
 
 TEST_F(IndexObject, TimeBaseTruncatesTowardZero) {
-  const std::pair<double, int32_t> cases[] = {
-      {2082844800.0, 0}, {2082844801.9, 1}, {2082844799.5, 0}, {2082844798.5, -1},
-      {2082844800.0 + 1700000000.0, 1700000000}};
+  const std::pair<double, int32_t> cases[] = {{2082844800.0, 0},
+                                              {2082844801.9, 1},
+                                              {2082844799.5, 0},
+                                              {2082844798.5, -1},
+                                              {2082844800.0 + 1700000000.0, 1700000000}};
   for (const auto &[macTime, stored] : cases) {
     index->setTimeBase(macTime);
     EXPECT_EQ(index->TimeBase, stored) << macTime;

@@ -17,9 +17,9 @@ TEST(Lifecycle, EmptyIndexKeepsSkipWordsAndDropsLinksUntilNewFileLinks) {
   index->emptyIndex();
   EXPECT_EQ(index->links, nullptr);
   EXPECT_EQ(index->words->getFirst(), 0u);
-  EXPECT_EQ(index->WordsIndexed + index->FilesIndexed + index->ContentsIndexed +
-                index->DirectoriesRead + index->IsUpdate,
-            0u);
+  EXPECT_EQ(
+      index->WordsIndexed + index->FilesIndexed + index->ContentsIndexed + index->DirectoriesRead + index->IsUpdate,
+      0u);
   EXPECT_EQ(index->BytesRead, 0.0);
   index->newFileLinks();
   EXPECT_NE(index->indexWord("the", index->files->addFile("y")), 0u);

@@ -18,9 +18,7 @@ class LinkCompression : public ::testing::Test {
     index->newFileLinks();
   }
   // The word links of a later run, as pruning makes them.
-  void nextRun() {
-    index->wordLinks = new CWordLinks(tmp.path() + "temp", 65535, 1048575, index->UseRanking);
-  }
+  void nextRun() { index->wordLinks = new CWordLinks(tmp.path() + "temp", 65535, 1048575, index->UseRanking); }
   void see(const char *word, uint32_t file, int times = 1) {
     for (int i = 0; i < times; ++i) index->indexWord(word, file);
   }
@@ -91,12 +89,11 @@ TEST_F(LinkCompression, ReportsEveryWordWhenFewWordsWereIndexed) {
   index->compressLinks();
   std::vector<std::pair<std::string, std::string>> got;
   for (const Message &m : messages.statuses) got.push_back({m.key, m.argument});
-  const std::vector<std::pair<std::string, std::string>> want{
-      {kurvo_keys::kCountingCompress, "0"},
-      {kurvo_keys::kCountingCompress, "5"},
-      {kurvo_keys::kCountingCompress, "10"},
-      {kurvo_keys::kCompLinksFmt, "0\t50000"},
-      {kurvo_keys::kDone, ""}};
+  const std::vector<std::pair<std::string, std::string>> want{{kurvo_keys::kCountingCompress, "0"},
+                                                              {kurvo_keys::kCountingCompress, "5"},
+                                                              {kurvo_keys::kCountingCompress, "10"},
+                                                              {kurvo_keys::kCompLinksFmt, "0\t50000"},
+                                                              {kurvo_keys::kDone, ""}};
   EXPECT_EQ(got, want);
 }
 

@@ -42,8 +42,7 @@ TEST_F(NameMatch, TermMatchUsesOnlyTheFirstTerm) {
       // Trailing spaces before the end of the pattern are skipped.
       {"abc", "abc  ", 1},
   };
-  for (const MatchCase &c : cases)
-    EXPECT_EQ(termMatch(c.name, c.pattern), c.expected) << describe(c);
+  for (const MatchCase &c : cases) EXPECT_EQ(termMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 
 TEST_F(NameMatch, FileNameMatchEvaluatesTheWholePattern) {
@@ -60,8 +59,7 @@ TEST_F(NameMatch, FileNameMatchEvaluatesTheWholePattern) {
       {"notes", "^*.txt", 1},
       {"notes.txt", "^*.txt", 0},
   };
-  for (const MatchCase &c : cases)
-    EXPECT_EQ(fileNameMatch(c.name, c.pattern), c.expected) << describe(c);
+  for (const MatchCase &c : cases) EXPECT_EQ(fileNameMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 
 TEST_F(NameMatch, DirMatchTellsWhetherAFolderCanLeadToThePattern) {
@@ -77,8 +75,7 @@ TEST_F(NameMatch, DirMatchTellsWhetherAFolderCanLeadToThePattern) {
       {"", "/x/", 0},
       {"/a", "", 1},
   };
-  for (const MatchCase &c : cases)
-    EXPECT_EQ(dirMatch(c.name, c.pattern), c.expected) << describe(c);
+  for (const MatchCase &c : cases) EXPECT_EQ(dirMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 
 }  // namespace

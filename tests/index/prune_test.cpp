@@ -145,8 +145,7 @@ TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {
   EXPECT_EQ(messages.errors[1].key, kurvo_keys::kPruneParentError);
   EXPECT_EQ(messages.errors[1].argument, "");
   char head[128];
-  std::snprintf(head, sizeof head, "Name orphan.txt\nnFile %x\npFileInfo->m_nParent 7ffffff0\npFolderInfo ",
-                orphan);
+  std::snprintf(head, sizeof head, "Name orphan.txt\nnFile %x\npFileInfo->m_nParent 7ffffff0\npFolderInfo ", orphan);
   const std::string report = tmp.read("deadkurvo.txt");
   EXPECT_EQ(report.compare(0, std::strlen(head), head), 0) << report;
   EXPECT_EQ(report.back(), '\n');

@@ -36,9 +36,7 @@ class WordIndexing : public ::testing::Test {
   const char *data(const char *word) { return index->words->getData(index->words->lookup(word)); }
 
   // The word links after their header.
-  std::string links() const {
-    return std::string(index->wordLinks->getPointer(16), index->wordLinks->getUsed() - 16);
-  }
+  std::string links() const { return std::string(index->wordLinks->getPointer(16), index->wordLinks->getUsed() - 16); }
 
   void loadSkipFile(const std::string &contents) {
     index->skipFilePath = dir.file("skip.txt");

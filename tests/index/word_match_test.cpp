@@ -33,13 +33,11 @@ void expectCases(const CKurvoIndex &index, const std::vector<MatchCase> &cases) 
 }  // namespace
 
 TEST_F(WordMatch, WildcardsFollowTheirRules) {
-  expectCases(*index, {{"*", "anything", 1}, {"*", "", 1},       {"", "", 1},
-                       {"", "abc", 0},       {"ab*", "ab", 1},    {"ab*", "abc", 1},
-                       {"a*c", "ac", 1},     {"a*c", "abbc", 1},  {"a*c", "abcd", 0},
-                       {"a?c", "abc", 1},    {"a?c", "ac", 0},    {"ab?", "ab", 1},
-                       {"ab?", "abc", 1},    {"ab?", "abcd", 0},  {"a*?", "ab", 0},
-                       {"A*", "abc", 0},     {"a*b*c", "axxbyyc", 1}, {"a**", "a*", 1},
-                       {"ab??", "ab", 1},    {"*c", "abcabc", 1}});
+  expectCases(*index, {{"*", "anything", 1},    {"*", "", 1},       {"", "", 1},       {"", "abc", 0},
+                       {"ab*", "ab", 1},        {"ab*", "abc", 1},  {"a*c", "ac", 1},  {"a*c", "abbc", 1},
+                       {"a*c", "abcd", 0},      {"a?c", "abc", 1},  {"a?c", "ac", 0},  {"ab?", "ab", 1},
+                       {"ab?", "abc", 1},       {"ab?", "abcd", 0}, {"a*?", "ab", 0},  {"A*", "abc", 0},
+                       {"a*b*c", "axxbyyc", 1}, {"a**", "a*", 1},   {"ab??", "ab", 1}, {"*c", "abcabc", 1}});
 }
 
 TEST_F(WordMatch, AWildcardInTheWordMasksIsAnOrdinaryByte) {
@@ -55,8 +53,10 @@ TEST_F(WordMatch, AWildcardInTheWordMasksIsAnOrdinaryByte) {
     for (bool trailing : {false, true}) {
       SCOPED_TRACE(std::string(1, c.wildcard) + (trailing ? " trailing" : " word"));
       setWordMasks(*index);
-      if (trailing) index->setValidTrailingMask(c.wildcard, true);
-      else index->setValidCharMask(c.wildcard, true);
+      if (trailing)
+        index->setValidTrailingMask(c.wildcard, true);
+      else
+        index->setValidCharMask(c.wildcard, true);
       expectCases(*index, c.cases);
     }
   }

@@ -68,7 +68,7 @@ TEST(FileLinks, RemoveFileScansFourByteStepsFromOffsetZero) {
   CFileLinks links(dir.file("links"), 65535, 1048575, 0);
   links.getSpace(4);
   const uint32_t pos = addBlock(links, {{60, 0}, {36, 0}}, 0);  // 20: 36, 24: 60, 28: 0, 32: 0
-  addBlock(links, {}, 36);  // 36: 0, 40: a next-list word that equals 36
+  addBlock(links, {}, 36);                                      // 36: 0, 40: a next-list word that equals 36
   links.removeFile(36);
   EXPECT_EQ(std::string(links.getPointer(16), 28), wordBytes({0, 1, 60, 0, 0, 0, 1}));
   // The removed file reads as 1 and the list still ends.

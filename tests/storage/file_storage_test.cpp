@@ -16,7 +16,6 @@ namespace {
 
 class FileStorage : public ::testing::Test {
  protected:
-
   static uint32_t add(CFileStorage &t, const char *name, uint32_t parent, uint32_t size = 0) {
     const uint32_t n = t.addFile(name);
     file_record::setParent(t.getData(n), parent);
@@ -61,8 +60,8 @@ TEST_F(FileStorage, ObsoleteRecordIsWalkedButNotFound) {
 TEST_F(FileStorage, HostTimesAreSecondsSince1904TruncatedTowardZero) {
   CFileStorage t(dir.file("files"), 1000);
   char *rec = t.getData(t.addFile("t"));
-  for (const auto &[macTime, stored] : {std::pair<double, int32_t>{2082844801.9, 1},
-                                        {2082844798.5, -1}, {0.0, -2082844800}}) {
+  for (const auto &[macTime, stored] :
+       {std::pair<double, int32_t>{2082844801.9, 1}, {2082844798.5, -1}, {0.0, -2082844800}}) {
     file_record::setMacTime(rec, macTime);
     EXPECT_EQ(file_record::time(rec), stored) << macTime;
     EXPECT_DOUBLE_EQ(file_record::macTime(rec), stored + 2082844800.0) << macTime;
@@ -76,8 +75,7 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
   {
     CFileStorage t(path, 1000);
     numbers.push_back(add(t, "/data/top", 0));
-    for (uint32_t i = 0; i < 2500; ++i)
-      numbers.push_back(add(t, ("file" + std::to_string(i)).c_str(), numbers[0], i));
+    for (uint32_t i = 0; i < 2500; ++i) numbers.push_back(add(t, ("file" + std::to_string(i)).c_str(), numbers[0], i));
     ASSERT_TRUE(t.store(s.get()));
     EXPECT_EQ(storage_test::wordBytes({12370001, 20, 12340001, 1000}), s.bytes().substr(0, 16));
   }
@@ -99,9 +97,10 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
 TEST_F(FileStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("files");
   { CFileStorage made(path, 2); }
-  storage_test::expectBadDescriptions<CFileStorage>(path, {
-      {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
-      {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
-      {12370001},                         // cut short
-  });
+  storage_test::expectBadDescriptions<CFileStorage>(path,
+                                                    {
+                                                        {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
+                                                        {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
+                                                        {12370001},                         // cut short
+                                                    });
 }

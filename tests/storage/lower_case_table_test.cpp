@@ -1,4 +1,6 @@
 // The process-wide case-folding table, as compiled in: Windows-1250 capitals and DEL.
+// Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 
 #include "storage/lower_case_table.h"

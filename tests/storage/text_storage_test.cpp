@@ -29,10 +29,15 @@ class TextStorage : public ::testing::Test {
 TEST_F(TextStorage, HashFoldsCaseAndAddsSignedBytes) {
   // h = h * 33 + folded byte taken as signed, wrapping at 32 bits; 1000 buckets.
   const std::pair<const char *, uint32_t> cases[] = {
-      {"", 0},     {"Q", 113},   {"ab", 299}, {"AB", 299},
-      {"ab\x7F" "cd", 299},  // DEL folds to 0 and ends the hashed part
-      {"\xE9", 273},         // 2^32 - 23
-      {"\xC9", 273},         // folds to 0xE9
+      {"", 0},
+      {"Q", 113},
+      {"ab", 299},
+      {"AB", 299},
+      {"ab\x7F"
+       "cd",
+       299},          // DEL folds to 0 and ends the hashed part
+      {"\xE9", 273},  // 2^32 - 23
+      {"\xC9", 273},  // folds to 0xE9
   };
   CTextStorage t(dir.file("words"), 1024, 4096, 0, 1000);
   for (const auto &[text, bucket] : cases) EXPECT_EQ(t.getHash(text), bucket) << text;
@@ -79,8 +84,7 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
       store32(t.getData(offsets.back()) + word_data::kListPosition, i * 7 + 1);
     }
     ASSERT_TRUE(t.store(s.get()));
-    EXPECT_EQ(storage_test::wordBytes({12350001, 20, 3000, 12340001, 40000}),
-              s.bytes().substr(0, 20));
+    EXPECT_EQ(storage_test::wordBytes({12350001, 20, 3000, 12340001, 40000}), s.bytes().substr(0, 20));
   }
   s.rewind();
   CapturedMessages msgs;
@@ -99,10 +103,11 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
 TEST_F(TextStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("words");
   { CTextStorage made(path, 1024, 4096, 0, 2); }
-  storage_test::expectBadDescriptions<CTextStorage>(path, {
-      {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
-      {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
-      {12350001, 4},                        // cut short
-      {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
-  });
+  storage_test::expectBadDescriptions<CTextStorage>(path,
+                                                    {
+                                                        {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
+                                                        {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
+                                                        {12350001, 4},                        // cut short
+                                                        {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
+                                                    });
 }

@@ -19,9 +19,7 @@ struct Link {
   uint32_t file;
   uint32_t word;
   unsigned char count;
-  bool operator==(const Link &o) const {
-    return file == o.file && word == o.word && count == o.count;
-  }
+  bool operator==(const Link &o) const { return file == o.file && word == o.word && count == o.count; }
 };
 
 // The pairs of the region in order, read the way compression reads them.
@@ -48,8 +46,8 @@ TEST(WordLinks, WordsOfFilesAAndBFormTwoGroups) {
     links.addWord(60, 300, 0);
     const std::string body(links.getPointer(16), links.getUsed() - 16);
     if (counts) {
-      EXPECT_EQ(body, wordBytes({36, 100}) + '\3' + wordBytes({200}) + '\xFF' + wordBytes({0}) +
-                          '\0' + wordBytes({60, 300}) + '\0');
+      EXPECT_EQ(body, wordBytes({36, 100}) + '\3' + wordBytes({200}) + '\xFF' + wordBytes({0}) + '\0' +
+                          wordBytes({60, 300}) + '\0');
       EXPECT_EQ(readAll(links), (std::vector<Link>{{36, 100, 3}, {36, 200, 255}, {60, 300, 0}}));
     } else {
       EXPECT_EQ(body, wordBytes({36, 100, 200, 0, 60, 300}));

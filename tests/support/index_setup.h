@@ -63,14 +63,12 @@ inline void configureIndex(CKurvoIndex &index, const std::vector<std::string> &e
   index.setIncludeCount(1);
   index.setIncludePattern(0, "*.txt", "generic");
   index.setExcludeCount(static_cast<int>(excludes.size()));
-  for (size_t i = 0; i < excludes.size(); ++i)
-    index.setExcludePattern(static_cast<int>(i), excludes[i].c_str());
+  for (size_t i = 0; i < excludes.size(); ++i) index.setExcludePattern(static_cast<int>(i), excludes[i].c_str());
 }
 
 // A fresh index in tmp's storage folder, ready for indexDirectory; the skip
 // file holds skipWords, one a line.
-inline std::unique_ptr<CKurvoIndex> startFullBuild(const TempDir &tmp,
-                                                   const std::string &skipWords = "",
+inline std::unique_ptr<CKurvoIndex> startFullBuild(const TempDir &tmp, const std::string &skipWords = "",
                                                    const std::vector<std::string> &excludes = {}) {
   auto index = std::make_unique<CKurvoIndex>(true, tmp.path());
   configureIndex(*index, excludes);
@@ -109,9 +107,9 @@ inline std::map<std::string, RecordCopy> recordsByPath(const CFileStorage &files
     const char *data = files.getData(n);
     const uint32_t parent = file_record::parent(data);
     const std::string name = file_record::name(data);
-    out.emplace(parent ? std::string(files.getText(parent)) + "/" + name : name,
-                RecordCopy{n, parent, file_record::time(data), file_record::size(data),
-                           file_record::attributes(data), name});
+    out.emplace(
+        parent ? std::string(files.getText(parent)) + "/" + name : name,
+        RecordCopy{n, parent, file_record::time(data), file_record::size(data), file_record::attributes(data), name});
   }
   return out;
 }

@@ -37,9 +37,7 @@ class Stream {
   FILE *m_file;
 };
 
-inline uint32_t wordAt(const std::string &bytes, size_t offset) {
-  return load32(bytes.data() + offset);
-}
+inline uint32_t wordAt(const std::string &bytes, size_t offset) { return load32(bytes.data() + offset); }
 
 // The host-order bytes of the given words, back to back.
 inline std::string wordBytes(const std::vector<uint32_t> &words) {
@@ -50,8 +48,7 @@ inline std::string wordBytes(const std::vector<uint32_t> &words) {
 
 // Opening Table from path with each description must raise "StorageReadError" naming path.
 template <typename Table>
-void expectBadDescriptions(const std::string &path,
-                           const std::vector<std::vector<uint32_t>> &descriptions) {
+void expectBadDescriptions(const std::string &path, const std::vector<std::vector<uint32_t>> &descriptions) {
   for (const std::vector<uint32_t> &words : descriptions) {
     SCOPED_TRACE(words.size());
     Stream s;

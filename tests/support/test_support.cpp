@@ -33,9 +33,7 @@ TempDir::~TempDir() {
   fs::remove_all(fs::path(m_path).parent_path().parent_path().parent_path().parent_path().parent_path(), ec);
 }
 
-void TempDir::write(const std::string &name, const std::string &bytes) const {
-  writeFile(file(name), bytes);
-}
+void TempDir::write(const std::string &name, const std::string &bytes) const { writeFile(file(name), bytes); }
 
 std::string TempDir::read(const std::string &name) const { return readFile(file(name)); }
 
@@ -66,9 +64,7 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (!active) return 1;
   active->statuses.push_back({key, argument});
   active->statusFromLibrary.push_back(fromLibrary);
-  if (active->haltAtStatus > 0 &&
-      static_cast<int>(active->statuses.size()) >= active->haltAtStatus)
-    return 0;
+  if (active->haltAtStatus > 0 && static_cast<int>(active->statuses.size()) >= active->haltAtStatus) return 0;
   return active->statusAnswer;
 }
 }  // namespace

@@ -13,8 +13,7 @@ constexpr unsigned int kIvLength = 10;
 // The fixed initialisation vector written in front of every ciphertext. A
 // fixed vector makes equal secrets encipher equally, which the host relies on
 // to compare a stored password without deciphering it.
-constexpr unsigned char kFixedIv[kIvLength] = {0xB8, 0x82, 0x6A, 0xE4, 0xDE,
-                                               0xCE, 0x47, 0xCF, 0x96, 0xF3};
+constexpr unsigned char kFixedIv[kIvLength] = {0xB8, 0x82, 0x6A, 0xE4, 0xDE, 0xCE, 0x47, 0xCF, 0x96, 0xF3};
 
 // Milliseconds of the current second (0-999), the seed of the throw-away
 // random vector. glibc deprecates ftime, whose millisecond field this is, so
@@ -28,8 +27,8 @@ unsigned int clockMilliseconds() {
 
 }  // namespace
 
-void arcfourCrypt(unsigned int length, const unsigned char *input, unsigned int keyLength,
-                  const unsigned char *key, unsigned char *output) {
+void arcfourCrypt(unsigned int length, const unsigned char *input, unsigned int keyLength, const unsigned char *key,
+                  unsigned char *output) {
   unsigned char state[256];
   for (unsigned int k = 0; k < 256; ++k) state[k] = static_cast<unsigned char>(k);
 
@@ -58,8 +57,7 @@ void cipherSaberEncrypt(unsigned int length, const unsigned char *input, unsigne
   srand(clockMilliseconds());
   unsigned char *extended = static_cast<unsigned char *>(std::malloc(keyLength + kIvLength));
   std::memcpy(extended, key, keyLength);
-  for (unsigned int n = 0; n < kIvLength; ++n)
-    extended[keyLength + n] = static_cast<unsigned char>(rand() & 0xFF);
+  for (unsigned int n = 0; n < kIvLength; ++n) extended[keyLength + n] = static_cast<unsigned char>(rand() & 0xFF);
   std::memcpy(extended + keyLength, kFixedIv, kIvLength);
 
   arcfourCrypt(length, input, keyLength + kIvLength, extended, output + kIvLength);

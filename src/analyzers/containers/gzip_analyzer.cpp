@@ -75,8 +75,7 @@ bool CGZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   return true;
 }
 
-bool CGZipAnalyzer::extractToTempFile(const char *archivePath, const char *, const char *tempPath,
-                                      unsigned long) {
+bool CGZipAnalyzer::extractToTempFile(const char *archivePath, const char *, const char *tempPath, unsigned long) {
   gzFile gz = gzopen(archivePath, "rb");
   if (!gz) return false;
   ArchiveLevel level(*m_pIndex, archivePath);

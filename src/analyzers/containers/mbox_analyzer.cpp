@@ -22,8 +22,7 @@ constexpr size_t kMaxExtension = 19;
 // nothing kurvo reads: the rest of the message is skipped.
 constexpr int kFilenameSearchLines = 10;
 
-const char *const kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                               "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+const char *const kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 bool startsWith(const char *p, const char *end, const char *prefix) {
   const size_t length = std::strlen(prefix);
@@ -75,7 +74,6 @@ void writeBase64(FILE *out, const char *data, unsigned long length) {
   }
 }
 
-
 // The walk over one read of a mailbox. Only the first byte of each line is
 // looked at; the state belongs to the message being read.
 class MailboxScan {
@@ -122,8 +120,8 @@ void MailboxScan::startMessage(const char *start) {
 void MailboxScan::indexText(long span) {
   const time_t time = parseAsctime(m_date);
   m_analyzer.makeFileName(m_sender, time, "txt", 0, m_name, sizeof m_name);
-  m_analyzer.processMessageText(m_name, time, m_mailboxId, m_start,
-                                span > 0 ? static_cast<unsigned long>(span) : 0, false);
+  m_analyzer.processMessageText(m_name, time, m_mailboxId, m_start, span > 0 ? static_cast<unsigned long>(span) : 0,
+                                false);
 }
 
 void MailboxScan::endAttachment(const char *p) {
@@ -135,8 +133,7 @@ void MailboxScan::endAttachment(const char *p) {
   // Attachments take the counter as their data ends: 1, 3, 5 and so on.
   m_analyzer.makeFileName(m_sender, time, m_extension, m_part, m_name, sizeof m_name);
   ++m_part;
-  m_analyzer.processMessageText(m_name, time, m_mailboxId, m_start,
-                                static_cast<unsigned long>(p - m_start), true);
+  m_analyzer.processMessageText(m_name, time, m_mailboxId, m_start, static_cast<unsigned long>(p - m_start), true);
 }
 
 const char *MailboxScan::line(const char *p) {
@@ -247,8 +244,8 @@ time_t parseAsctime(const char *text) {
 
 bool CMBoxAnalyzer::canUseIndexBuffer() { return false; }
 
-char *CMBoxAnalyzer::makeFileName(const char *from, time_t time, const char *extension, int part,
-                                  char *out, unsigned long outSize) {
+char *CMBoxAnalyzer::makeFileName(const char *from, time_t time, const char *extension, int part, char *out,
+                                  unsigned long outSize) {
   while (*from == ' ') ++from;
   char suffix[32];
   std::snprintf(suffix, sizeof suffix, "-%d.", part);
@@ -259,7 +256,8 @@ char *CMBoxAnalyzer::makeFileName(const char *from, time_t time, const char *ext
   const char *open = from;
   while (*open && *open != '\n' && *open != '<') ++open;
   if (*open == '<') {
-    for (const char *p = open + 1; *p && *p != '>' && *p != '\n' && static_cast<long>(name.size()) < room; ++p) name += *p;
+    for (const char *p = open + 1; *p && *p != '>' && *p != '\n' && static_cast<long>(name.size()) < room; ++p)
+      name += *p;
   }
   if (name.empty()) {
     for (const char *p = from; *p && *p != '\r' && *p != '\n' && static_cast<long>(name.size()) < room; ++p) name += *p;
@@ -277,25 +275,26 @@ char *CMBoxAnalyzer::makeFileName(const char *from, time_t time, const char *ext
 
 void CMBoxAnalyzer::makeCachePath(const char *name, char *out, unsigned long fileId) {
   const char *dot = std::strrchr(name, '.');
-  std::snprintf(out, kCachePathSize, "%s%c%d.%s", m_pIndex->temporaryDirectory.c_str(), '/',
-                static_cast<int>(fileId), dot ? dot + 1 : "txt");
+  std::snprintf(out, kCachePathSize, "%s%c%d.%s", m_pIndex->temporaryDirectory.c_str(), '/', static_cast<int>(fileId),
+                dot ? dot + 1 : "txt");
 }
 
-void CMBoxAnalyzer::processMessageText(const char *name, time_t time, unsigned long parentId,
-                                       const char *data, unsigned long length, bool decodeBase64) {
+void CMBoxAnalyzer::processMessageText(const char *name, time_t time, unsigned long parentId, const char *data,
+                                       unsigned long length, bool decodeBase64) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t parent = static_cast<uint32_t>(parentId);
   if (memberUnchanged(index, name, parent, time)) return;
   CFileAnalyzer *analyzer = decodeBase64 ? index.analyzerThatMatches(name) : index.analyzerNamed("generic");
   if (!analyzer) return;
-  const uint32_t record = recordMember(index, name, parent, static_cast<int32_t>(time),
-                                       static_cast<uint32_t>(length));
+  const uint32_t record = recordMember(index, name, parent, static_cast<int32_t>(time), static_cast<uint32_t>(length));
   char cachePath[kCachePathSize];
   makeCachePath(name, cachePath, record);
   FILE *out = std::fopen(cachePath, "wb");
   if (!out) return;
-  if (decodeBase64) writeBase64(out, data, length);
-  else std::fwrite(data, 1, length, out);
+  if (decodeBase64)
+    writeBase64(out, data, length);
+  else
+    std::fwrite(data, 1, length, out);
   if (closeTempFile(index, out, cachePath)) analyzer->indexFile(cachePath, record);
 }
 

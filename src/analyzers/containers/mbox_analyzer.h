@@ -19,12 +19,11 @@ class CMBoxAnalyzer : public CFileAnalyzer {
 
   // Records one document and indexes its cache file; attachments are decoded
   // from base64 on the way.
-  virtual void processMessageText(const char *name, time_t time, unsigned long parentId,
-                                  const char *data, unsigned long length, bool decodeBase64);
+  virtual void processMessageText(const char *name, time_t time, unsigned long parentId, const char *data,
+                                  unsigned long length, bool decodeBase64);
 
   // "sender YYYY-MM-DD HH:MM:SS-part.extension" into out (outSize bytes).
-  char *makeFileName(const char *from, time_t time, const char *extension, int part, char *out,
-                     unsigned long outSize);
+  char *makeFileName(const char *from, time_t time, const char *extension, int part, char *out, unsigned long outSize);
   // "<temporary folder>/<file id>.<name's extension, or txt>" into out (1,024 bytes).
   void makeCachePath(const char *name, char *out, unsigned long fileId);
 };

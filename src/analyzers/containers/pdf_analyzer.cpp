@@ -42,8 +42,7 @@ bool CPdfAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   return processFile(path, static_cast<uint32_t>(fileNumber), nullptr, 0, kIndexLineWidth);
 }
 
-char *CPdfAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength, int wrapWidth,
-                                      bool) {
+char *CPdfAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned long maxLength, int wrapWidth, bool) {
   const uint32_t size = static_cast<uint32_t>(std::min<unsigned long>(maxLength, UINT32_MAX - 1));
   // Zero-filled with a spare byte, so that the text ends in NUL even when it fills the block.
   char *buffer = static_cast<char *>(std::calloc(size + 1, 1));
@@ -57,8 +56,7 @@ char *CPdfAnalyzer::fillDisplayBuffer(const char *path, unsigned long, unsigned 
   return buffer;
 }
 
-bool CPdfAnalyzer::processFile(const char *path, uint32_t fileId, char *outBuffer, uint32_t outSize,
-                               int lineWidth) {
+bool CPdfAnalyzer::processFile(const char *path, uint32_t fileId, char *outBuffer, uint32_t outSize, int lineWidth) {
   file = std::fopen(path, "rb");
   if (!file) return false;
   currentPath = path;
@@ -108,8 +106,8 @@ bool CPdfAnalyzer::processFile(const char *path, uint32_t fileId, char *outBuffe
   return true;
 }
 
-void CPdfAnalyzer::decodeStream(uint32_t fileId, char *outBuffer, uint32_t outSize,
-                                uint32_t &outUsed, int lineWidth, bool &firstChunk) {
+void CPdfAnalyzer::decodeStream(uint32_t fileId, char *outBuffer, uint32_t outSize, uint32_t &outUsed, int lineWidth,
+                                bool &firstChunk) {
   uint32_t inflated = 0;
   MallocBlock block(inflateStream(inflated));
   if (!block) return;
@@ -144,8 +142,10 @@ char *CPdfAnalyzer::inflateStream(uint32_t &inflated) {
   }
   const char *end = start + std::max<int64_t>(length, 0);
   if (end < streamData + streamLength) {
-    if (length >= 1 && end[-1] == '\r' && end[0] == '\n') length -= 2;
-    else if (end[0] == '\n') length -= 1;
+    if (length >= 1 && end[-1] == '\r' && end[0] == '\n')
+      length -= 2;
+    else if (end[0] == '\n')
+      length -= 1;
   }
   length = std::max<int64_t>(length, 0);
 

@@ -18,13 +18,12 @@ class CPdfAnalyzer : public CFileAnalyzer {
   bool canUseIndexBuffer() override;
   bool indexFile(const char *path, unsigned long fileNumber) override;
   // A block of maxLength + 1 bytes, always NUL-terminated; the caller frees it.
-  char *fillDisplayBuffer(const char *path, unsigned long fileNumber, unsigned long maxLength,
-                          int wrapWidth, bool displayFlag) override;
+  char *fillDisplayBuffer(const char *path, unsigned long fileNumber, unsigned long maxLength, int wrapWidth,
+                          bool displayFlag) override;
 
   // Indexes fileId (outBuffer null) or writes up to outSize bytes of text to
   // outBuffer; false when the file cannot be opened.
-  bool processFile(const char *path, uint32_t fileId, char *outBuffer, uint32_t outSize,
-                   int lineWidth);
+  bool processFile(const char *path, uint32_t fileId, char *outBuffer, uint32_t outSize, int lineWidth);
 
  private:
   uint32_t readNextBuffer();
@@ -33,8 +32,8 @@ class CPdfAnalyzer : public CFileAnalyzer {
   bool addToDeflateBuffer(uint32_t first, uint32_t last);
   void freeStream();
   // Inflates the collected stream and hands its text on.
-  void decodeStream(uint32_t fileId, char *outBuffer, uint32_t outSize,
-                    uint32_t &outUsed, int lineWidth, bool &firstChunk);
+  void decodeStream(uint32_t fileId, char *outBuffer, uint32_t outSize, uint32_t &outUsed, int lineWidth,
+                    bool &firstChunk);
   // A malloc'ed block with the inflated bytes and a spare NUL, or null.
   char *inflateStream(uint32_t &inflated);
   void reportLimit();

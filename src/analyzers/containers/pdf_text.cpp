@@ -15,7 +15,10 @@ bool isNumberByte(char c) { return (c >= '0' && c <= '9') || c == '.'; }
 class TextScan {
  public:
   TextScan(char *output, uint32_t outputSize, int lineWidth)
-      : m_out(output), m_outEnd(output + outputSize), m_lineStart(output), m_breakPoint(output),
+      : m_out(output),
+        m_outEnd(output + outputSize),
+        m_lineStart(output),
+        m_breakPoint(output),
         m_lineWidth(lineWidth) {
     std::memset(m_window, ' ', sizeof m_window);
     m_history = m_window;
@@ -90,19 +93,22 @@ uint32_t TextScan::examine(const char *input, uint32_t inputLength, uint32_t at)
       beginString(c);
     } else if (c == ')') {
       // Parentheses are not counted: the first unescaped one ends the string.
-      if (m_inString && m_escaped) emit(c);
-      else if (m_inString) m_inString = false;
+      if (m_inString && m_escaped)
+        emit(c);
+      else if (m_inString)
+        m_inString = false;
     } else if (c == '>' && m_inHex) {
       m_inString = m_inHex = false;
     } else if (m_inString) {
-      if (c == '\\' && !m_escaped) m_escaped = true;
-      else emit(c);
+      if (c == '\\' && !m_escaped)
+        m_escaped = true;
+      else
+        emit(c);
     }
   }
   shift(c);
   if (blockMayBegin) {
-    m_inText = m_history[12] == 'B' && m_history[13] == 'T' && isLineBlank(m_history[14]) &&
-               isLineBlank(m_history[11]);
+    m_inText = m_history[12] == 'B' && m_history[13] == 'T' && isLineBlank(m_history[14]) && isLineBlank(m_history[11]);
   }
   return at;
 }
@@ -113,8 +119,10 @@ bool TextScan::operatorsEndBlock() {
     // The second operand's magnitude: a move down by more than a unit is a
     // new line, a small one a blank.
     const float move = extractNumber(m_history, 10);
-    if (move > 1.0f) newLine();
-    else if (move > 0.0f && move < 1.0f) blank(' ');
+    if (move > 1.0f)
+      newLine();
+    else if (move > 0.0f && move < 1.0f)
+      blank(' ');
   } else if (standsAlone('T', 'm')) {
     ++m_tmCount;
   } else if (standsAlone('E', 'T')) {
@@ -129,8 +137,10 @@ bool TextScan::operatorsEndBlock() {
 // a word gap a blank; strings placed by several Tm operators are words.
 void TextScan::beginString(char c) {
   const float kerning = extractNumber(m_history, kPdfHistorySize - 1);
-  if (kerning > 1000.0f) blank('\t');
-  else if (kerning > 100.0f || (!(kerning > 0.0f) && m_tmCount > 1)) blank(' ');
+  if (kerning > 1000.0f)
+    blank('\t');
+  else if (kerning > 100.0f || (!(kerning > 0.0f) && m_tmCount > 1))
+    blank(' ');
   if (c == '<') m_inHex = true;
   m_inString = true;
   m_tmCount = 0;
@@ -141,8 +151,10 @@ void TextScan::emit(char c) {
   const unsigned char byte = static_cast<unsigned char>(c);
   m_escaped = false;
   if (!((byte >= 0x20 && byte <= 0x7E) || byte >= 0xA0)) return;
-  if (c == ' ') blank(c);
-  else put(c);
+  if (c == ' ')
+    blank(c);
+  else
+    put(c);
 }
 
 // Two hex digits make a byte; a lone last digit is followed by "0".
@@ -167,8 +179,7 @@ float extractNumber(const char *history, int index) {
   return result.ec == std::errc() && result.ptr != first ? value : -1.0f;
 }
 
-uint32_t clearText(const char *input, uint32_t inputLength, char *output, uint32_t outputSize,
-                   int lineWidth) {
+uint32_t clearText(const char *input, uint32_t inputLength, char *output, uint32_t outputSize, int lineWidth) {
   TextScan scan(output, outputSize, lineWidth);
   for (uint32_t at = 0; at <= inputLength; ++at) at = scan.examine(input, inputLength, at);
   return scan.written(output);

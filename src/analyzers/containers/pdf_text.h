@@ -15,5 +15,4 @@ float extractNumber(const char *history, int index);
 // at the very end is seen through it), so it must exist; a NUL is neutral.
 // output holds outputSize bytes; inputLength + 1 are always enough. Lines
 // longer than lineWidth break at their last blank; 0 does not wrap.
-uint32_t clearText(const char *input, uint32_t inputLength, char *output, uint32_t outputSize,
-                   int lineWidth);
+uint32_t clearText(const char *input, uint32_t inputLength, char *output, uint32_t outputSize, int lineWidth);

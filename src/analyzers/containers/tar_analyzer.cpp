@@ -96,13 +96,14 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
     if (!*baseName) continue;
     const uint32_t padded = header.paddedSize();
     CFileAnalyzer *analyzer = nullptr;
-    if (!header.isRegularFile() || memberUnchanged(index, header.name.c_str(), archiveId, static_cast<int32_t>(header.mtime)) ||
+    if (!header.isRegularFile() ||
+        memberUnchanged(index, header.name.c_str(), archiveId, static_cast<int32_t>(header.mtime)) ||
         (!(analyzer = memberAnalyzer(index, baseName)) && !index.TrackAll)) {
       skip(archive, padded);
       continue;
     }
-    const uint32_t member = recordMember(index, header.name.c_str(), archiveId,
-                                         static_cast<int32_t>(header.mtime), header.size);
+    const uint32_t member =
+        recordMember(index, header.name.c_str(), archiveId, static_cast<int32_t>(header.mtime), header.size);
     if (!analyzer) {
       skip(archive, padded);
       continue;
@@ -148,8 +149,8 @@ bool CTarAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   return true;
 }
 
-bool CTarAnalyzer::extractToTempFile(const char *archivePath, const char *memberName,
-                                     const char *tempPath, unsigned long) {
+bool CTarAnalyzer::extractToTempFile(const char *archivePath, const char *memberName, const char *tempPath,
+                                     unsigned long) {
   FILE *archive = std::fopen(archivePath, "rb");
   if (!archive) return false;
   ArchiveLevel level(*m_pIndex, archivePath);

@@ -143,8 +143,8 @@ bool CZipAnalyzer::indexFile(const char *path, unsigned long fileNumber) {
   return true;
 }
 
-bool CZipAnalyzer::extractToTempFile(const char *archivePath, const char *memberName,
-                                     const char *tempPath, unsigned long) {
+bool CZipAnalyzer::extractToTempFile(const char *archivePath, const char *memberName, const char *tempPath,
+                                     unsigned long) {
   unzFile archive = unzOpen(archivePath);
   if (!archive) return false;
   ArchiveLevel level(*m_pIndex, archivePath);

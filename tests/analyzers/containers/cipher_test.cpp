@@ -37,28 +37,25 @@ TEST(Arcfour, PublishedVectors) {
                                   {"Secret", "Attack at dawn", "45A01F645FC35B383552544B9BF5"}};
   for (const auto &c : cases) {
     Bytes key = bytesOf(c[0]), plain = bytesOf(c[1]), out(plain.size());
-    arcfourCrypt(static_cast<unsigned int>(plain.size()), plain.data(),
-                 static_cast<unsigned int>(key.size()), key.data(), out.data());
+    arcfourCrypt(static_cast<unsigned int>(plain.size()), plain.data(), static_cast<unsigned int>(key.size()),
+                 key.data(), out.data());
     EXPECT_EQ(hexOf(out), c[2] + '\0') << c[0];
   }
 }
 
 TEST(CipherSaber, BodyIsArcfourUnderKeyAndVector) {
   Bytes key = bytesOf("user key"), plain = bytesOf("hello"), cipher(plain.size() + 10);
-  cipherSaberEncrypt(5, plain.data(), static_cast<unsigned int>(key.size()), key.data(),
-                     cipher.data());
+  cipherSaberEncrypt(5, plain.data(), static_cast<unsigned int>(key.size()), key.data(), cipher.data());
   // Bytes 10.. are plain RC4 under key + vector, the vector sent in clear.
   Bytes extended = key;
   extended.insert(extended.end(), cipher.begin(), cipher.begin() + 10);
   Bytes body(5);
-  arcfourCrypt(5, plain.data(), static_cast<unsigned int>(extended.size()), extended.data(),
-               body.data());
+  arcfourCrypt(5, plain.data(), static_cast<unsigned int>(extended.size()), extended.data(), body.data());
   EXPECT_EQ(Bytes(cipher.begin() + 10, cipher.end()), body);
 }
 
 TEST(Encipher, RoundTripsAnyBytes) {
-  const std::string texts[] = {"", "password", std::string("\0\x01\xfe\xff", 4),
-                               std::string(300, 'x')};
+  const std::string texts[] = {"", "password", std::string("\0\x01\xfe\xff", 4), std::string(300, 'x')};
   for (const auto &t : texts) {
     Bytes plain = bytesOf(t);
     Bytes cipher = encipher(plain);

@@ -1,4 +1,6 @@
 // ZIP, TAR and GZIP archives made by zip, tar and gzip: member records, their words, extraction and display.
+// Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 
 #include <dirent.h>

@@ -1,4 +1,6 @@
 // PDFs made by pdflatex, ps2pdf and LibreOffice and written byte by byte: the text of their content streams.
+// Tables laid out by hand:
+// clang-format off
 #include <gtest/gtest.h>
 #include <zlib.h>
 
