@@ -22,16 +22,18 @@ struct FileCloser {
 }  // namespace
 
 uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber) {
+  // One hash serves the skip table, the word table and a new word's chain.
+  const uint32_t hash = textHash(word);
   if (skipWords) {
-    uint32_t skipped = skipWords->lookup(word);
+    uint32_t skipped = skipWords->lookup(word, hash);
     if (skipped) return skipped;
   }
 
   // Without the tables of a collecting index there is nowhere to record it.
   if (!words || !wordLinks) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  uint32_t wordNumber = words->lookup(word);
+  uint32_t wordNumber = words->lookup(word, hash);
   if (!wordNumber) {
-    wordNumber = words->addText(word);
+    wordNumber = words->addText(word, hash);
     ++WordsIndexed;
   }
 

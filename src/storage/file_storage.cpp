@@ -36,7 +36,7 @@ bool CFileStorage::store(FILE *stream) {
 
 uint32_t CFileStorage::addFile(const char *name) {
   uint32_t fileNumber = appendEntry(name);
-  linkEntry(name, fileNumber);
+  linkEntry(textHash(name), fileNumber);
   if (m_finder.isBuilt()) m_finder.insert(RecordFinder::hashName(name), fileNumber);
   return fileNumber;
 }

@@ -35,15 +35,17 @@ uint32_t *readHashEntries(FILE *stream, uint32_t &count) {
   return buckets;
 }
 
-uint32_t hashText(const char *text, uint32_t bucketCount) {
+uint32_t textHash(const char *text) {
   uint32_t h = 0;
   for (const unsigned char *p = reinterpret_cast<const unsigned char *>(text); *p; ++p) {
     signed char folded = static_cast<signed char>(lowerCase(*p));
     if (folded == 0) break;
     h = h * 33 + static_cast<uint32_t>(static_cast<int32_t>(folded));
   }
-  return bucketCount ? h % bucketCount : 0;
+  return h;
 }
+
+uint32_t hashText(const char *text, uint32_t bucketCount) { return bucketCount ? textHash(text) % bucketCount : 0; }
 
 CHashedStorage::CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t prefixSize,
                                uint32_t bucketCount)
@@ -86,8 +88,8 @@ uint32_t CHashedStorage::appendEntry(const char *text) {
   return textOffset;
 }
 
-void CHashedStorage::linkEntry(const char *text, uint32_t textOffset) {
-  const uint32_t bucket = bucketOf(text);
+void CHashedStorage::linkEntry(uint32_t hash, uint32_t textOffset) {
+  const uint32_t bucket = bucketOf(hash);
   uint32_t &head = m_pBuckets[bucket];
   if (m_tails.size() != m_nBucketCount) m_tails.assign(m_nBucketCount, 0);
   uint32_t &tail = m_tails[bucket];
@@ -144,10 +146,9 @@ char *CHashedStorage::nextWord(uint32_t textOffset) const {
 
 uint32_t CHashedStorage::nextInChain(uint32_t textOffset) const { return load32(nextWord(textOffset)); }
 
-uint32_t CHashedStorage::bucketOf(const char *text) const {
-  uint32_t bucket = getHash(text);
-  if (bucket >= m_nBucketCount) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  return bucket;
+uint32_t CHashedStorage::bucketOf(uint32_t hash) const {
+  if (m_nBucketCount == 0) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  return hash % m_nBucketCount;
 }
 
 void CHashedStorage::checkSteps(uint32_t steps) const {

@@ -16,6 +16,9 @@ bool storeHashEntries(FILE *stream, uint32_t count, const uint32_t *buckets);
 uint32_t *readHashEntries(FILE *stream, uint32_t &count);
 // The bucket of text: h = h * 33 + folded signed byte, stopping at a 0 fold.
 uint32_t hashText(const char *text, uint32_t bucketCount);
+// The same before it is reduced to a bucket: one word's hash serves every
+// table it is looked up in.
+uint32_t textHash(const char *text);
 
 // Entries lie back to back from offset 16 in the order added: a u32
 // next-in-bucket word, the table's data area, then the text and its NUL. An
@@ -43,11 +46,11 @@ class CHashedStorage : public CFileMemory {
   uint32_t appendEntry(const char *text);
   // Links the entry at the end of its bucket's chain, so a chain keeps its
   // entries in the order they were linked.
-  void linkEntry(const char *text, uint32_t textOffset);
+  void linkEntry(uint32_t hash, uint32_t textOffset);
   // The first entry of text's bucket chain for which matches(offset) holds,
   // or 0. Raises "AssertionFailed" for a bucket out of range or a damaged chain.
   template <typename Match>
-  uint32_t findInChain(const char *text, Match matches) const;
+  uint32_t findInChain(uint32_t hash, Match matches) const;
   // Replaces the bucket heads by count empty ones.
   void resetBuckets(uint32_t count);
   void clearNextWord(uint32_t textOffset);
@@ -67,16 +70,16 @@ class CHashedStorage : public CFileMemory {
 
   char *nextWord(uint32_t textOffset) const;
   uint32_t nextInChain(uint32_t textOffset) const;
-  uint32_t bucketOf(const char *text) const;
+  uint32_t bucketOf(uint32_t hash) const;
   // Raises "AssertionFailed" once a walk has taken more steps than the region
   // can hold entries, so a damaged (cyclic) chain cannot hang a lookup.
   void checkSteps(uint32_t steps) const;
 };
 
 template <typename Match>
-uint32_t CHashedStorage::findInChain(const char *text, Match matches) const {
+uint32_t CHashedStorage::findInChain(uint32_t hash, Match matches) const {
   uint32_t steps = 0;
-  for (uint32_t entry = m_pBuckets[bucketOf(text)]; entry; entry = nextInChain(entry)) {
+  for (uint32_t entry = m_pBuckets[bucketOf(hash)]; entry; entry = nextInChain(entry)) {
     checkSteps(steps++);
     if (matches(entry)) return entry;
   }

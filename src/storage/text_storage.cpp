@@ -30,14 +30,14 @@ bool CTextStorage::store(FILE *stream) {
          storeBuckets(stream);
 }
 
-uint32_t CTextStorage::addText(const char *text) {
+uint32_t CTextStorage::addText(const char *text, uint32_t hash) {
   if (++m_nEntryCount > m_nBucketCount) reHash();
   uint32_t textOffset = appendEntry(text);
-  addHash(text, textOffset);
+  linkEntry(hash, textOffset);
   return textOffset;
 }
 
-void CTextStorage::addHash(const char *text, uint32_t textOffset) { linkEntry(text, textOffset); }
+void CTextStorage::addHash(const char *text, uint32_t textOffset) { linkEntry(textHash(text), textOffset); }
 
 void CTextStorage::reHash() {
   uint32_t count = m_nBucketCount ? m_nBucketCount : 1;
@@ -51,8 +51,8 @@ void CTextStorage::reHash() {
   }
 }
 
-uint32_t CTextStorage::lookup(const char *text) {
-  return findInChain(text, [&](uint32_t entry) {
+uint32_t CTextStorage::lookup(const char *text, uint32_t hash) {
+  return findInChain(hash, [&](uint32_t entry) {
     const char *stored = getText(entry);
     if (!stored) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     return strcasecmp(stored, text) == 0;

@@ -23,9 +23,12 @@ class CTextStorage : public CHashedStorage {
   bool store(FILE *stream);
 
   // Adds an entry without looking for an existing one; callers lookup first.
-  uint32_t addText(const char *text);
+  // hash is textHash(text), which a caller may have at hand already.
+  uint32_t addText(const char *text, uint32_t hash);
+  uint32_t addText(const char *text) { return addText(text, textHash(text)); }
   // The first entry whose text equals text ignoring ASCII case, or 0.
-  uint32_t lookup(const char *text);
+  uint32_t lookup(const char *text, uint32_t hash);
+  uint32_t lookup(const char *text) { return lookup(text, textHash(text)); }
   void addHash(const char *text, uint32_t textOffset);
   // Doubles the bucket count until it holds the entry count and relinks
   // every entry in storage order.
