@@ -22,39 +22,45 @@ constexpr size_t kReadSize = 65535;
 class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
-      : m_index(index), m_file(file), m_maxLength(index.longestWordSetting()) {}
+      : m_index(index), m_file(file), m_maxLength(index.longestWordSetting()),
+        m_word(static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 3) {}
 
   void cut(const std::string &text) {
-    for (char ch : text) {
+    const int32_t *starts = m_index.validCharMask;
+    const int32_t *continues = m_index.validTrailingMask;
+    // Words one character longer than the maximum are still taken, as by
+    // the other analyzers; longer ones are not.
+    const size_t room = static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 2;
+    for (const char ch : text) {
       const unsigned char c = static_cast<unsigned char>(ch);
-      const bool inWord = m_index.validCharMask[c] || (!m_word.empty() && m_index.validTrailingMask[c]);
-      if (inWord && c != kForeignCharacter) {
-        // Words one character longer than the maximum are still taken, as
-        // by the other analyzers; longer ones are not.
-        if (static_cast<long>(m_word.size()) <= m_maxLength + 1)
-          m_word += static_cast<char>(lowerCase(c));
+      if ((starts[c] || (m_length && continues[c])) && c != kForeignCharacter) {
+        if (m_length < room)
+          m_word[m_length++] = static_cast<char>(lowerCase(c));
         else
           m_tooLong = true;
-      } else {
+      } else if (m_length) {
         finish();
       }
     }
   }
 
   void finish() {
-    const long length = static_cast<long>(m_word.size());
-    if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1)
-      m_index.indexWord(m_word.c_str(), m_file);
-    m_word.clear();
+    const long length = static_cast<long>(m_length);
+    if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1) {
+      m_word[m_length] = '\0';
+      m_index.indexWord(m_word.data(), m_file);
+    }
+    m_length = 0;
     m_tooLong = false;
   }
-  void drop() { m_word.clear(); }
+  void drop() { m_length = 0; }
 
  private:
   CKurvoIndex &m_index;
   uint32_t m_file;
   long m_maxLength;
-  std::string m_word;
+  std::vector<char> m_word;  // the word so far, room for the longest and a NUL
+  size_t m_length = 0;
   bool m_tooLong = false;
 };
 

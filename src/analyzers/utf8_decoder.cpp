@@ -61,18 +61,33 @@ uint32_t codePointForByte(unsigned char byte) {
 }
 
 void Utf8Decoder::decode(const char *bytes, size_t length, bool last, std::string &out) {
-  std::string work = m_held + std::string(bytes, length);
-  m_held.clear();
+  // A sequence cut by the end of the last piece goes in front of this one.
+  std::string joined;
+  if (!m_held.empty()) {
+    joined = m_held + std::string(bytes, length);
+    m_held.clear();
+    bytes = joined.data();
+    length = joined.size();
+  }
+  out.reserve(out.size() + length);
   size_t at = 0;
-  while (at < work.size()) {
-    const unsigned char lead = static_cast<unsigned char>(work[at]);
+  while (at < length) {
+    // Runs of ASCII, most of most texts, are copied as they are.
+    size_t run = at;
+    while (run < length && static_cast<unsigned char>(bytes[run]) < 0x80) ++run;
+    if (run > at) {
+      out.append(bytes + at, run - at);
+      at = run;
+      m_atStart = false;
+      continue;
+    }
+    const unsigned char lead = static_cast<unsigned char>(bytes[at]);
     const size_t need = sequenceLength(lead);
     size_t got = 1;
-    while (need && got < need && at + got < work.size() &&
-           fitsAt(lead, got, static_cast<unsigned char>(work[at + got])))
+    while (need && got < need && at + got < length && fitsAt(lead, got, static_cast<unsigned char>(bytes[at + got])))
       ++got;
-    if (need && got < need && at + got == work.size() && !last) {
-      m_held = work.substr(at);  // cut by the end of the piece
+    if (need && got < need && at + got == length && !last) {
+      m_held.assign(bytes + at, length - at);  // cut by the end of the piece
       break;
     }
     if (need == 0 || got < need) {  // not UTF-8: the byte is Latin-1
@@ -82,7 +97,7 @@ void Utf8Decoder::decode(const char *bytes, size_t length, bool last, std::strin
       continue;
     }
     uint32_t cp = lead & (0xFF >> (need + 1));
-    for (size_t i = 1; i < need; ++i) cp = (cp << 6) | (static_cast<unsigned char>(work[at + i]) & 0x3F);
+    for (size_t i = 1; i < need; ++i) cp = (cp << 6) | (static_cast<unsigned char>(bytes[at + i]) & 0x3F);
     at += need;
     const bool mark = m_atStart && cp == kByteOrderMark;
     m_atStart = false;

@@ -43,7 +43,7 @@ uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber) {
 
   // Only the word's current file is kept here; its pair goes to the word
   // links when the word turns up in another file.
-  char *data = words->getData(wordNumber);
+  char *data = words->foundData(wordNumber);
   uint32_t currentFile = load32(data + word_data::kCurrentFile);
   uint16_t counter = load16(data + word_data::kCounter);
   uint32_t earlierFiles = load32(data + word_data::kEarlierFiles);

@@ -35,6 +35,9 @@ class CTextStorage : public CHashedStorage {
   void reHash();
   // The entry's data area (text address - prefix size + 4), or null.
   char *getData(uint32_t textOffset) const;
+  // The data area of an entry that lookup or addText of this table just
+  // returned, whose text needs no second check.
+  char *foundData(uint32_t textOffset) const { return getPointer(textOffset - m_nPrefixSize + 4); }
 
   uint32_t getEntryCount() const { return m_nEntryCount; }
 
