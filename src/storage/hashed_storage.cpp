@@ -27,7 +27,9 @@ uint32_t *readHashEntries(FILE *stream, uint32_t &count) {
   uint32_t magic = 0;
   if (!readWord(stream, magic) || magic != kHashEntriesMagic) return nullptr;
   if (!readWord(stream, count) || count > kMaxBuckets) return nullptr;
-  uint32_t *buckets = new uint32_t[count ? count : 1]();
+  // Filled by the read, so not zeroed first.
+  uint32_t *buckets = new uint32_t[count ? count : 1];
+  buckets[0] = 0;
   if (count && std::fread(buckets, 4, count, stream) != count) {
     delete[] buckets;
     return nullptr;
