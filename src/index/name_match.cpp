@@ -35,9 +35,60 @@ bool termEndMatches(const unsigned char *name, const unsigned char *pattern) {
 
 bool hasFolderSeparator(const char *pattern) { return std::strpbrk(pattern, "/\\") != nullptr; }
 
+// A pattern of literals and stars alone, each star followed by a literal or
+// ending the pattern, matches as an ordinary glob, which needs no backtracking.
+bool isPlainGlob(const unsigned char *pattern) {
+  for (const unsigned char *p = pattern; *p; ++p) {
+    if (*p == '?' || *p == '|' || *p == '&' || *p == '^' || *p == ' ' || *p == 0x7F) return false;
+    if (*p == '*' && p[1] == '*') return false;
+  }
+  return true;
+}
+
+bool sameFoldedRun(const unsigned char *a, const unsigned char *b, size_t length) {
+  for (size_t i = 0; i < length; ++i)
+    if (!sameFolded(a[i], b[i])) return false;
+  return true;
+}
+
+size_t literalLength(const unsigned char *pattern) {
+  size_t length = 0;
+  while (pattern[length] && pattern[length] != '*') ++length;
+  return length;
+}
+
+// The first part must start the name and the last end it; each part between
+// stars is taken where it first occurs, which leaves the most room after it.
+bool plainGlobMatch(const unsigned char *name, const unsigned char *pattern) {
+  const unsigned char *end = name + std::strlen(reinterpret_cast<const char *>(name));
+  size_t length = literalLength(pattern);
+  if (pattern[length] == 0) return static_cast<size_t>(end - name) == length && sameFoldedRun(name, pattern, length);
+  if (static_cast<size_t>(end - name) < length || !sameFoldedRun(name, pattern, length)) return false;
+  name += length;
+  pattern += length;
+  for (;;) {
+    ++pattern;  // the star
+    length = literalLength(pattern);
+    if (pattern[length] == 0) {
+      return static_cast<size_t>(end - name) >= length && sameFoldedRun(end - length, pattern, length);
+    }
+    const unsigned char *at = name;
+    while (static_cast<size_t>(end - at) >= length && !sameFoldedRun(at, pattern, length)) ++at;
+    if (static_cast<size_t>(end - at) < length) return false;
+    name = at + length;
+    pattern += length;
+  }
+}
+
 }  // namespace
 
 int termMatch(const char *nameText, const char *patternText) {
+  const unsigned char *pattern = reinterpret_cast<const unsigned char *>(patternText);
+  if (isPlainGlob(pattern)) return plainGlobMatch(reinterpret_cast<const unsigned char *>(nameText), pattern) ? 1 : 0;
+  return backtrackingTermMatch(nameText, patternText);
+}
+
+int backtrackingTermMatch(const char *nameText, const char *patternText) {
   const unsigned char *name = reinterpret_cast<const unsigned char *>(nameText);
   const unsigned char *pattern = reinterpret_cast<const unsigned char *>(patternText);
   int polarity = 1;
@@ -56,7 +107,7 @@ int termMatch(const char *nameText, const char *patternText) {
       const unsigned char *rest = pattern + 1;
       for (; *name; ++name) {
         if (sameFolded(*name, *rest) &&
-            termMatch(reinterpret_cast<const char *>(name), reinterpret_cast<const char *>(rest)))
+            backtrackingTermMatch(reinterpret_cast<const char *>(name), reinterpret_cast<const char *>(rest)))
           return polarity;
       }
       pattern = rest;

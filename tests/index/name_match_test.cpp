@@ -79,3 +79,25 @@ TEST_F(NameMatch, DirMatchTellsWhetherAFolderCanLeadToThePattern) {
 }
 
 }  // namespace
+
+// Plain globs take a faster road; on every name and pattern built from an
+// alphabet of separators, case pairs (ASCII and Latin-1) and DEL, both roads
+// must agree.
+TEST(NameMatchPlainGlobs, AgreeWithTheBacktrackingMatcher) {
+  const char alphabet[] = {'/', '.', 'a', 'A', 'o', '\xC1', '\xE1', '\x7F', '*'};
+  uint32_t state = 12345;
+  auto next = [&state](uint32_t bound) {
+    state = state * 1103515245u + 12345u;
+    return (state >> 16) % bound;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    std::string name, pattern;
+    for (uint32_t i = next(8); i > 0; --i) name += alphabet[next(sizeof alphabet - 1)];
+    for (uint32_t i = next(6); i > 0; --i) pattern += alphabet[next(sizeof alphabet)];
+    ASSERT_EQ(termMatch(name.c_str(), pattern.c_str()), backtrackingTermMatch(name.c_str(), pattern.c_str()))
+        << '"' << name << "\" ~ \"" << pattern << '"';
+  }
+  for (const char *pattern : {"*/*.o", "*/.git", "*/node_modules", "*.txt", "*/README*", "*/a*b*c"})
+    for (const char *name : {"/x/y.o", "/x/y.O", "y.o", "/x/.git", "/x/.git/z", "/x/README.md", "/q/aXbYc", "/q/acb"})
+      EXPECT_EQ(termMatch(name, pattern), backtrackingTermMatch(name, pattern)) << name << " ~ " << pattern;
+}
