@@ -6,9 +6,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
 #include <cstdlib>
 #include <filesystem>
-#include <set>
 #include <string>
 
 #include "host_error.h"
@@ -37,20 +37,28 @@ void onWarning(const char *key, const char *argument) {
   g_warnings.push_back({key ? key : "", argument ? argument : ""});
 }
 
+// Statuses that the user must see whether or not progress is shown.
+bool isNotice(const char *key) {
+  for (const char *notice : {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge", "PdfTooLarge"})
+    if (std::strcmp(key, notice) == 0) return true;
+  return false;
+}
+
+// Called for every status, in a small update once for each word: it
+// allocates nothing unless it keeps what it is told.
 int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (fromLibrary) ++g_statusCount;
-  // Statuses that the user must see whether or not progress is shown.
-  static const std::set<std::string> notices = {"ExternalAnalyzerRejected", "ArchiveTooDeep", "ArchiveTooLarge",
-                                                "PdfTooLarge"};
-  if (key && std::string(key) == "FileSkipped") {
-    g_skipped.push_back(argument ? argument : "");
+  if (!key) key = "";
+  if (!argument) argument = "";
+  if (std::strcmp(key, "FileSkipped") == 0) {
+    g_skipped.push_back(argument);
     return 1;
   }
-  if (key && notices.count(key)) {
-    g_notices.push_back({key, argument ? argument : ""});
+  if (isNotice(key)) {
+    g_notices.push_back({key, argument});
     return 1;
   }
-  if (g_listener) g_listener(key ? key : "", argument ? argument : "");
+  if (g_listener) g_listener(key, argument);
   return haltRequested() ? 0 : 1;
 }
 

@@ -19,9 +19,9 @@ void postWarning(const char *key, std::string argument) {
   throw 1;
 }
 
-int setStatus(std::string key, std::string argument) {
+int setStatus(const char *key, const std::string &argument) {
   if (!pStatusCallBack) return 1;
-  return pStatusCallBack(key.c_str(), argument.c_str(), 1);
+  return pStatusCallBack(key, argument.c_str(), 1);
 }
 
 extern "C" {

@@ -19,4 +19,4 @@ extern KurvoStatusCallback pStatusCallBack;
 
 // The status callback's answer for (key, argument, 1), or 1 without one.
 // 0 asks the running operation to stop.
-int setStatus(std::string key, std::string argument);
+int setStatus(const char *key, const std::string &argument);
