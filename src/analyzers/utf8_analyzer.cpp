@@ -22,7 +22,9 @@ constexpr size_t kReadSize = 65535;
 class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
-      : m_index(index), m_file(file), m_maxLength(index.longestWordSetting()),
+      : m_index(index),
+        m_file(file),
+        m_maxLength(index.longestWordSetting()),
         m_word(static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 3) {}
 
   void cut(const std::string &text) {
