@@ -45,7 +45,11 @@ std::unordered_map<uint32_t, uint32_t> slotsOfRun(CKurvoIndex &index) {
 // that adds none gets no block; for a first build the two are the same.
 void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
   std::unordered_map<uint32_t, uint32_t> slots;
-  if (index.SizedListBlocks) slots = slotsOfRun(index);
+  if (index.SizedListBlocks) {
+    slots = slotsOfRun(index);
+    // No word gained a file: there is nothing to lay out, nor to count.
+    if (slots.empty()) return;
+  }
   const uint32_t step = (index.WordsIndexed * 5) / 100;
   uint32_t sinceReport = step + 1;
   int percent = -5;
