@@ -92,7 +92,7 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
     std::string fullPath = folderPath;
     if (!atRoot) fullPath += '/';
     fullPath += name;
-    reportProgress(kurvo_keys::kIndexingFile, fullPath + '\t' + std::to_string(DirectoriesRead));
+    if (progressDue()) reportProgress(kurvo_keys::kIndexingFile, fullPath + '\t' + std::to_string(DirectoriesRead));
 
     // lstat: links are left out of a first indexing.
     struct stat info;
@@ -166,7 +166,7 @@ void CKurvoIndex::updateDirectory(const char *folderPath, uint32_t folderId) {
     // A FIFO or device is recorded but never opened: reading one can block
     // for ever.
     if (analyzer && S_ISREG(info.st_mode)) {
-      reportProgress(kurvo_keys::kIndexingFile, fullPath + '\t' + std::to_string(DirectoriesRead));
+      if (progressDue()) reportProgress(kurvo_keys::kIndexingFile, fullPath + '\t' + std::to_string(DirectoriesRead));
       if (!analyzer->indexFile(fullPath.c_str(), record)) reportSkipped("file", fullPath);
     }
   }

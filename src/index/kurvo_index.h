@@ -86,6 +86,8 @@ class CKurvoIndex {
 
   // Progress at most once a second while ShowStatus is set: reports key with
   // argument and raises "HaltRequested" when the host answers 0.
+  // Whether reportProgress would send a status now (at most one a second).
+  bool progressDue() const { return ShowStatus != 0 && std::time(nullptr) > lastStatusTime; }
   void reportProgress(const char *key, const std::string &argument);
   // "BytesIndexing" with the running byte count and path, when ShowStatus > 1.
   void reportBytesRead(const char *path);

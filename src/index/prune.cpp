@@ -112,7 +112,8 @@ void CKurvoIndex::prune() {
 
   for (uint32_t record = files->getFirst(); record && record < recordLimit; record = files->getNext(record)) {
     ++visited;
-    reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
+    // Formatted only when a report is due: most records pass without one.
+    if (progressDue()) reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
 
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
