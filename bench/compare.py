@@ -62,6 +62,19 @@ def write_corpus(root, megabytes, seed):
     return vocab, files
 
 
+def write_tiny_tree(root, count):
+    files = []
+    for i in range(count):
+        folder = os.path.join(root, "d%04d" % (i // 20))
+        if i % 20 == 0:
+            os.makedirs(folder)
+        path = os.path.join(folder, "f%d.txt" % i)
+        with open(path, "w") as out:
+            out.write("common word%d tiny\n" % i)
+        files.append(path)
+    return files
+
+
 def timed(fn):
     start = time.perf_counter()
     fn()
@@ -113,6 +126,7 @@ def main():
     parser.add_argument("--megabytes", type=int, default=30)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--tiny", type=int, default=10000, help="files in the tree of tiny files")
     args = parser.parse_args()
     kurvo = os.path.abspath(args.kurvo)
     if not os.access(kurvo, os.X_OK):
@@ -153,9 +167,16 @@ def main():
         add("update kurvo", timed(lambda: run(kurvo_cmd + ["update"], env=env)))
         add("update fts5", timed(lambda: update_fts(db, [(i + 1, files[i]) for i in picked], old_texts)))
         add("no-change update kurvo", timed(lambda: run(kurvo_cmd + ["update"], env=env)))
+        tiny = write_tiny_tree(os.path.join(work, "tiny"), args.tiny)
+        tiny_store = os.path.join(work, "t", "b", "c", "store")
+        tiny_db = os.path.join(work, "tiny.db")
+        for _ in range(args.rounds):
+            add("tiny files kurvo", timed(lambda: run([kurvo, "--store", tiny_store, "-q", "index",
+                                                       os.path.join(work, "tiny")], env=env)))
+            add("tiny files fts5", timed(lambda: build_fts(tiny_db, tiny)))
 
         print("%-26s %10s %10s %8s" % ("", "kurvo ms", "fts5 ms", "ratio"))
-        for name in ["build", "frequent", "rare", "prefix", "update"]:
+        for name in ["build", "frequent", "rare", "prefix", "update", "tiny files"]:
             k, f = median_ms(times[name + " kurvo"]), median_ms(times[name + " fts5"])
             print("%-26s %10.1f %10.1f %8.2f" % (name, k, f, f / k))
         nochange = median_ms(times["no-change update kurvo"])

@@ -63,7 +63,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   bool colour = colourOutput();
   json jsonResults = json::array();
   for (const RankedFile &r : results) {
-    const FileRecord &record = rs.reader->records().at(r.file);
+    const FileRecord &record = *rs.reader->record(r.file);
     std::string outline;
     std::vector<std::pair<size_t, size_t>> hits;
     std::string outlineError;

@@ -14,25 +14,73 @@
 
 namespace kurvo_cli {
 
-IndexReader::IndexReader(void *index) : m_index(index) { loadRecords(); }
+IndexReader::IndexReader(void *index) : m_index(index) {
+  // Records are read as paths need them; a file table whose first record,
+  // always a top folder, cannot be read is refused at once.
+  const FileRecord *first = nullptr;
+  clearLibraryMessages();
+  callLibrary([&] {
+    const uint32_t number = kfsGetFirst(kidxGetFiles(m_index));
+    if (number != 0) first = record(number);
+    if (number != 0 && (!first || first->parent != 0)) {
+      throw HostError("the index is damaged (its file table is unreadable); rebuild it with `kurvo index`");
+    }
+  });
+}
 
-void IndexReader::loadRecords() {
+namespace {
+
+FileRecord recordFrom(void *info) {
+  FileRecord record;
+  record.parent = kfiGetFileParentID(info);
+  const char *name = kfiGetFileName(info);
+  record.name = name ? name : "";
+  record.deleted = !record.name.empty() && static_cast<unsigned char>(record.name[0]) == 0xFF;
+  record.macTime = kfiGetFileTimeLastWritten(info);
+  record.size = kfiGetFileSize(info);
+  return record;
+}
+
+}  // namespace
+
+const RecordTable &IndexReader::records() {
+  if (m_allLoaded) return m_records;
   clearLibraryMessages();
   callLibrary([&] {
     void *files = kidxGetFiles(m_index);
     for (uint32_t r = kfsGetFirst(files); r != 0; r = kfsGetNext(files, r)) {
       void *info = kfsGetInfo(files, r);
       if (!info) throw HostError("the index is damaged (its file table is unreadable); rebuild it with `kurvo index`");
-      FileRecord record;
-      record.parent = kfiGetFileParentID(info);
-      const char *name = kfiGetFileName(info);
-      record.name = name ? name : "";
-      record.deleted = !record.name.empty() && static_cast<unsigned char>(record.name[0]) == 0xFF;
-      record.macTime = kfiGetFileTimeLastWritten(info);
-      record.size = kfiGetFileSize(info);
-      m_records.emplace(r, std::move(record));
+      if (!m_records.count(r)) m_records.emplace(r, recordFrom(info));
     }
   });
+  m_allLoaded = true;
+  return m_records;
+}
+
+const FileRecord *IndexReader::record(uint32_t number) {
+  auto known = m_records.find(number);
+  if (known != m_records.end()) return &known->second;
+  if (m_allLoaded || number == 0) return nullptr;
+  void *info = nullptr;
+  callLibrary([&] { info = kfsGetInfo(kidxGetFiles(m_index), number); });
+  if (!info) return nullptr;
+  return &m_records.emplace(number, recordFrom(info)).first->second;
+}
+
+const std::string &IndexReader::filePath(uint32_t number) {
+  // The path is built from the parent chain, so its records come first.
+  uint32_t r = number;
+  for (int depth = 0; depth < 100 && r != 0; ++depth) {
+    const FileRecord *known = record(r);
+    r = known ? known->parent : 0;
+  }
+  return m_paths.filePath(number);
+}
+
+uint32_t IndexReader::findFile(const std::string &path) {
+  records();
+  return m_paths.findFile(path);
 }
 
 namespace {
@@ -50,23 +98,26 @@ constexpr uint32_t kRemovedFile = 1;
 bool IndexReader::foundUnderItsName(uint32_t record) {
   auto known = m_found.find(record);
   if (known != m_found.end()) return known->second;
-  const FileRecord &r = m_records.at(record);
+  const FileRecord &r = *this->record(record);
   uint32_t found = 0;
   callLibrary([&] { found = kfsLookupFile(kidxGetFiles(m_index), r.name.c_str(), r.parent); });
   // Names differing only in case share a lookup: the first of them answers.
-  auto other = m_records.find(found);
-  bool ok = found == record || (other != m_records.end() && other->second.parent == r.parent &&
-                                strcasecmp(other->second.name.c_str(), r.name.c_str()) == 0);
+  const FileRecord *other = found ? this->record(found) : nullptr;
+  bool ok =
+      found == record || (other && other->parent == r.parent && strcasecmp(other->name.c_str(), r.name.c_str()) == 0);
   m_found[record] = ok;  // before the parents, so a looping chain ends
-  if (ok && r.parent != 0) ok = m_records.count(r.parent) && foundUnderItsName(r.parent);
+  if (ok && r.parent != 0) ok = this->record(r.parent) && foundUnderItsName(r.parent);
   m_found[record] = ok;
   return ok;
 }
 
 const std::string &IndexReader::checkedPath(uint32_t record) {
   // Parents are recorded before what they hold.
-  for (uint32_t r = record, parent = m_records.at(r).parent; parent != 0; r = parent, parent = m_records.at(r).parent) {
-    if (parent >= r || !m_records.count(parent)) throw damaged("a file's folder is no earlier record");
+  const FileRecord *known = this->record(record);
+  if (!known) throw damaged("a word's list names no file");
+  for (uint32_t r = record, parent = known->parent; parent != 0; r = parent, parent = known->parent) {
+    known = this->record(parent);
+    if (parent >= r || !known) throw damaged("a file's folder is no earlier record");
   }
   const std::string &path = filePath(record);
   if (path.empty()) return path;
@@ -110,7 +161,7 @@ std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
     std::memcpy(&current, data, 4);
     std::memcpy(&counter, data + 4, 2);
     std::memcpy(&position, data + 8, 4);
-    if (current != 0 && !m_records.count(current)) throw damaged("a word names no file");
+    if (current != 0 && !record(current)) throw damaged("a word names no file");
     if (current != 0) out.push_back({current, static_cast<unsigned>(counter & 0xFF)});
     void *links = kidxGetLinks(m_index);
     std::set<uint32_t> seenBlocks;  // a damaged chain must not loop forever
@@ -119,7 +170,7 @@ std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {
       for (;;) {
         unsigned file = kflGetFile(links, cursor);
         if (file == 0) break;
-        if (file != kRemovedFile && !m_records.count(file)) throw damaged("a word's list names no file");
+        if (file != kRemovedFile && !record(file)) throw damaged("a word's list names no file");
         out.push_back({file, cursor[1]});
       }
       position = kflGetNextList(links, cursor[0]);

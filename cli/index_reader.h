@@ -23,13 +23,16 @@ class IndexReader {
   IndexReader(const IndexReader &) = delete;
   IndexReader &operator=(const IndexReader &) = delete;
 
-  // All records, deleted ones included.
-  const RecordTable &records() const { return m_records; }
+  // All records, deleted ones included, read on the first call; until then
+  // records are read one by one as paths need them.
+  const RecordTable &records();
+  // One record, or null when the number names none.
+  const FileRecord *record(uint32_t number);
 
   // The full path of a live file or member ("container::member" inside
   // archives); empty when the record is deleted, a folder, unknown, or its
   // parent chain is broken.
-  const std::string &filePath(uint32_t record) { return m_paths.filePath(record); }
+  const std::string &filePath(uint32_t record);
   // filePath, after cheap checks that catch most damage to the records on
   // the way: each parent is an earlier record, the file table finds each
   // record under its own name and parent, and the path lies in one of the
@@ -38,8 +41,8 @@ class IndexReader {
   void setTopFolders(const std::vector<std::string> &folders) { m_topFolders = folders; }
   bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
 
-  // The record of a live file by its full path, or 0.
-  uint32_t findFile(const std::string &path) { return m_paths.findFile(path); }
+  // The record of a live file by its full path, or 0 (reads every record).
+  uint32_t findFile(const std::string &path);
 
   // Index words matching a lower-cased term (wildcards expanded).
   std::vector<std::pair<uint32_t, std::string>> matchingWords(const std::string &term);
@@ -52,11 +55,11 @@ class IndexReader {
   void *index() const { return m_index; }
 
  private:
-  void loadRecords();
   bool foundUnderItsName(uint32_t record);
 
   void *m_index;
   RecordTable m_records;
+  bool m_allLoaded = false;
   RecordPaths m_paths{m_records};
   std::unordered_map<uint32_t, bool> m_found;
   std::vector<std::string> m_topFolders;

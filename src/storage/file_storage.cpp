@@ -42,6 +42,14 @@ uint32_t CFileStorage::addFile(const char *name) {
 }
 
 uint32_t CFileStorage::lookupFile(const char *name, uint32_t parentId) {
+  auto matches = [&](uint32_t record) {
+    const char *data = getData(record);
+    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    return strcasecmp(file_record::name(data), name) == 0 && file_record::parent(data) == parentId;
+  };
+  // A few lookups walk their bucket's chain; past that, as when a run adds
+  // file after file, a finder over every record keeps each lookup short.
+  if (!m_finder.isBuilt() && ++m_chainLookups <= kChainLookups) return findInChain(textHash(name), matches);
   if (!m_finder.isBuilt()) {
     for (uint32_t record = getFirst(); record; record = getNext(record)) {
       const char *text = getText(record);
@@ -50,11 +58,7 @@ uint32_t CFileStorage::lookupFile(const char *name, uint32_t parentId) {
     }
     m_finder.markBuilt();
   }
-  return m_finder.findFirst(RecordFinder::hashName(name), [&](uint32_t record) {
-    const char *data = getData(record);
-    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    return strcasecmp(file_record::name(data), name) == 0 && file_record::parent(data) == parentId;
-  });
+  return m_finder.findFirst(RecordFinder::hashName(name), matches);
 }
 
 char *CFileStorage::getData(uint32_t fileNumber) const {

@@ -41,8 +41,10 @@ class CFileStorage : public CHashedStorage {
   char *getData(uint32_t fileNumber) const;
 
  private:
-  // Built from the table at the first lookup, then kept up by addFile.
+  // Built from the table once lookups pass kChainLookups, then kept up by addFile.
   RecordFinder m_finder;
+  static constexpr uint32_t kChainLookups = 64;
+  uint32_t m_chainLookups = 0;
 };
 
 // Field access on a record's data area (the address getData returns).

@@ -60,7 +60,12 @@ done
 kurvo index "$A" -q
 "$KURVO_BIN" index "$A" "$B" -q 2>/dev/null &
 victim=$!
-sleep 0.2
+# Once the run's work folder exists the run is under way (and its handlers
+# are in place, however slowly a sanitizer build starts).
+for _ in $(seq 1 400); do
+  [ -e "$KURVO_HOME/indexes/default/store.new" ] || ! kill -0 "$victim" 2>/dev/null && break
+  sleep 0.02
+done
 kill -TERM "$victim"
 wait "$victim"
 status=$?
