@@ -28,6 +28,6 @@ void CFileLinks::removeFile(uint32_t fileNumber) {
   // The scan steps from offset 0 by the entry size whatever the blocks are,
   // so header and next-list words that happen to match are rewritten too.
   for (uint32_t offset = 0; getRange(offset, 4); offset += entrySize()) {
-    if (load32(getPointer(offset)) == fileNumber) store32(writableRange(offset, 4), 1);
+    if (load32(getPointer(offset)) == fileNumber) store32(writableRange(offset, 4), kRemovedFileNumber);
   }
 }

@@ -9,6 +9,10 @@
 // After a reserved zero word at offset 16, list blocks: (E + 1) entries of a
 // u32 file number (plus a count byte when counts are on), filled from the top
 // slot down with the top slot left 0, then a u32 next-list position.
+// What removeFile writes over a file number: below every real one (the
+// smallest is 36), so lists still read to their zero top entries.
+constexpr uint32_t kRemovedFileNumber = 1;
+
 class CFileLinks : public CLinkRegion {
  public:
   CFileLinks(const std::string &path, uint32_t initialSize, uint32_t increment, int32_t counts)

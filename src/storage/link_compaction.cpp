@@ -11,9 +11,6 @@
 
 namespace {
 
-// A removed file's number is overwritten with 1 in every list.
-constexpr uint32_t kRemovedFile = 1;
-
 struct Entry {
   uint32_t file;
   unsigned char count;
@@ -27,7 +24,7 @@ class RemovedFiles {
   explicit RemovedFiles(const CFileStorage &files) : m_files(files) {}
 
   bool operator()(uint32_t file) {
-    if (file == kRemovedFile) return true;
+    if (file == kRemovedFileNumber) return true;
     auto known = m_known.find(file);
     if (known != m_known.end()) return known->second;
     bool removed = false;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "storage/byte_io.h"
+#include "storage/file_links.h"
 #include "storage/file_storage.h"
 #include "storage/hashed_storage.h"
 #include "storage/link_region.h"
@@ -18,7 +19,6 @@ namespace {
 
 constexpr uint32_t kHeaderSize = 16;
 constexpr uint32_t kFilePrefix = 20;  // next, parent, time, size, attributes
-constexpr uint32_t kRemovedFile = 1;  // what removal writes over a file number
 
 struct Table {
   Table(const char *n, TableSize s) : name(n), size(s) {}
@@ -249,7 +249,7 @@ class StoreChecker {
         if (!m_links.holds(cursor, entrySize + 4)) return damage(m_links, position, "a list block has no end");
         const uint32_t file = m_links.word(static_cast<uint32_t>(cursor));
         if (file == 0) break;
-        if (file != kRemovedFile && !m_files.has(file)) {
+        if (file != kRemovedFileNumber && !m_files.has(file)) {
           return damage(m_links, static_cast<uint32_t>(cursor), "a list names no file record");
         }
         cursor += entrySize;
