@@ -1,8 +1,6 @@
 // Display text of one buffer: line ends, blanks, provisional runs, high-bit bytes, wrapping.
-#include <string>
-#include <vector>
 
-#include "analyzer_fixture.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 

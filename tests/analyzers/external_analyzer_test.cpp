@@ -1,17 +1,8 @@
 // External converters: the list file, the command built for the shell, and running it within bounds.
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <memory>
-#include <string>
 
 #include "analyzers/external_analyzer.h"
 #include "analyzers/external_analyzer_list.h"
-#include "analyzers/html_analyzer.h"
-#include "index/kurvo_index.h"
 #include "test_support.h"
 
 using namespace kurvo_test;
@@ -23,8 +14,6 @@ std::string entryText(const std::vector<ExternalAnalyzerEntry> &entries) {
   for (const ExternalAnalyzerEntry &e : entries) text += e.name + "|" + e.extension + "|" + e.command + ";";
   return text;
 }
-
-bool exists(const std::string &path) { return access(path.c_str(), F_OK) == 0; }
 
 }  // namespace
 
@@ -50,42 +39,22 @@ TEST(ExternalAnalyzerList, ParsesEntriesOfThreeLines) {
     EXPECT_FALSE(hasBothPlaceholdersOnce(bad)) << bad;
 }
 
-class ExternalAnalyzerTest : public ::testing::Test {
+// The list lies three levels above the storage folder.
+class ExternalAnalyzerTest : public AnalyzerTest {
  protected:
-  // The storage folder lies three levels below the folder of the list.
   void SetUp() override {
-    store = config.path() + "a/b/c/";
-    config.write("a/b/c/.keep", "");
-    index = std::make_unique<CKurvoIndex>(true, store);
-    for (int c = 0; c < 256; ++c) {
-      index->setValidCharMask(c, std::isalnum(c) && c < 128);
-      index->setValidViewableMask(c, c > ' ' && c < 127);
-    }
-    index->MaxPerFileRead = 1 << 20;
+    AnalyzerTest::SetUp();
     index->temporaryDirectory = temp.path().substr(0, temp.path().size() - 1);
-    index->newFileLinks();
   }
-
   void declare(const std::string &list) {
-    config.write("externanalyzers.txt", list);
+    writeFile(scratchRoot(store) + "a/externanalyzers.txt", list);
     index->createAnalyzers();
     index->setIncludeCount(1);
     index->setIncludePattern(0, "*.txt", "generic");
   }
+  CFileAnalyzer *conv() { return index->analyzerNamed("conv"); }
 
-  std::set<std::string> indexWords(const std::string &path) {
-    record = index->files->addFile("doc");
-    index->analyzerNamed("conv")->indexFile(path.c_str(), record);
-    std::set<std::string> found;
-    for (uint32_t w = index->words->getFirst(); w != 0; w = index->words->getNext(w))
-      found.insert(index->words->getText(w));
-    return found;
-  }
-
-  TempDir config, temp, data;
-  std::string store;
-  uint32_t record = 0;
-  std::unique_ptr<CKurvoIndex> index;
+  TempDir temp;
 };
 
 TEST_F(ExternalAnalyzerTest, CommandsQuoteBothPathsInTheTemplatesOrder) {
@@ -117,10 +86,8 @@ TEST_F(ExternalAnalyzerTest, TheListIsReadBesideTheIndexWithItsLimits) {
   EXPECT_EQ(messages.statuses[0].key, "ExternalAnalyzerRejected");
   EXPECT_EQ(messages.statuses[0].argument, "broken");
 
-  config.write("externanalyzers.txt", std::string(65534, '#'));
-  EXPECT_FALSE(throwsKurvo([&] { index->createAnalyzers(); }));
-  config.write("externanalyzers.txt", std::string(65535, '#'));
-  EXPECT_TRUE(throwsKurvo([&] { index->createAnalyzers(); }));
+  EXPECT_FALSE(throwsKurvo([&] { declare(std::string(65534, '#')); }));
+  EXPECT_TRUE(throwsKurvo([&] { declare(std::string(65535, '#')); }));
   EXPECT_EQ(messages.lastError()->key, "externalAnalyzersFileTooBig");
   EXPECT_NE(index->analyzerNamed("rtf"), nullptr) << "built-ins stay";
 }
@@ -129,24 +96,20 @@ TEST_F(ExternalAnalyzerTest, FileNamesNeverRunCommands) {
   declare("conv\ntxt\ntr a-z A-Z < %i > %o\n");
   for (const char *name :
        {"$(touch HACKED).doc", "a;touch HACKED.doc", "`touch HACKED`.doc", "q'x;touch HACKED'.doc"}) {
-    SCOPED_TRACE(name);
-    data.write(name, "ordinary words\n");
-    EXPECT_TRUE(indexWords(data.file(name)).count("ordinary"));
-    EXPECT_FALSE(exists(data.file("HACKED")) || exists("HACKED"));
+    EXPECT_TRUE(conv()->indexFile(dataFile(name, "ordinary words\n").c_str(), fileNumber)) << name;
+    EXPECT_TRUE(words().count("ordinary")) << name;
+    EXPECT_FALSE(exists(data.file("HACKED")) || exists("HACKED")) << name;
   }
 }
 
 TEST_F(ExternalAnalyzerTest, ConvertedTextIsKeptForDisplayAndTheConverterRunsOnce) {
   const std::string count = data.file("runs");
   declare("conv\ntxt\ncp %i %o; echo run >> '" + count + "'\n");
-  data.write("r.doc", "gentle words here\n");
-  const std::string source = data.file("r.doc");
-  EXPECT_TRUE(indexWords(source).count("gentle"));
-  for (int i = 0; i < 2; ++i) {
-    char *text = index->analyzerNamed("conv")->fillDisplayBuffer(source.c_str(), record, 1000, 0, true);
-    EXPECT_NE(std::string(text).find("gentle words"), std::string::npos);
-    std::free(text);
-  }
+  const std::string source = dataFile("r.doc", "gentle words here\n");
+  EXPECT_TRUE(conv()->indexFile(source.c_str(), fileNumber));
+  EXPECT_TRUE(words().count("gentle"));
+  for (int i = 0; i < 2; ++i)
+    EXPECT_NE(displayText(*conv(), fileNumber, source, 1000).find("gentle words"), std::string::npos);
   EXPECT_EQ(readFile(count), "run\n");
 }
 
@@ -154,21 +117,17 @@ TEST_F(ExternalAnalyzerTest, AConverterWhoseOutputItReadsAgainEnds) {
   declare("conv\ndoc\ncp %i %o\n");
   index->setIncludeCount(1);
   index->setIncludePattern(0, "*.doc", "conv");
-  data.write("r.doc", "looping words\n");
-  const std::string source = data.file("r.doc");
-  EXPECT_FALSE(index->analyzerNamed("conv")->indexFile(source.c_str(), 1));
-  char *text = index->analyzerNamed("conv")->fillDisplayBuffer(source.c_str(), 1, 100, 0, true);
-  EXPECT_STREQ(text, "");
-  std::free(text);
+  const std::string source = dataFile("r.doc", "looping words\n");
+  EXPECT_FALSE(conv()->indexFile(source.c_str(), 1));
+  EXPECT_EQ(displayText(*conv(), 1, source, 100), "");
 }
 
 TEST_F(ExternalAnalyzerTest, AStuckOrFloodingConverterCostsOneFile) {
   index->ConverterTimeLimit = 1;
   index->ConverterOutputLimit = 100000;
   declare("conv\ntxt\nsleep 30; cp %i %o\nflood\ntxt\nhead -c 5000000 /dev/zero > %o; echo %i\n");
-  data.write("r.doc", "patient words\n");
-  const std::string source = data.file("r.doc");
-  EXPECT_FALSE(index->analyzerNamed("conv")->indexFile(source.c_str(), 1));
+  const std::string source = dataFile("r.doc", "patient words\n");
+  EXPECT_FALSE(conv()->indexFile(source.c_str(), 1));
   char path[1024];
   auto *flood = dynamic_cast<CExternalAnalyzer *>(index->analyzerNamed("flood"));
   ASSERT_NE(flood, nullptr);

@@ -1,10 +1,8 @@
 // Display text of whole files: errors, stripping, the length limit and halting.
 #include <chrono>
-#include <cstdlib>
-#include <string>
 #include <thread>
 
-#include "analyzer_fixture.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 using kurvo_test::CapturedMessages;

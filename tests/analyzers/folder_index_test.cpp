@@ -1,12 +1,7 @@
 // Indexing a small folder file by file, checked byte for byte against a model of the tables.
 #include <cctype>
-#include <map>
-#include <string>
-#include <vector>
 
-#include "analyzer_fixture.h"
-#include "storage/byte_io.h"
-#include "storage/file_storage.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 

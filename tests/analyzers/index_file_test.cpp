@@ -1,7 +1,6 @@
 // Reading whole files for indexing: read limit, buffer boundaries, the last word, NULs, counters.
-#include <string>
 
-#include "analyzer_fixture.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 using Words = std::set<std::string>;

@@ -1,9 +1,8 @@
 // Arbitrary bytes as a file: indexing and display must neither fault nor overrun.
-#include <cstdlib>
 #include <cstring>
 #include <random>
 
-#include "analyzer_fixture.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 

@@ -1,15 +1,6 @@
 // HTML, RTF, Mac Roman and DOS OEM: documents made by real tools and the formats' edge cases, as words and display
 // text. Tables laid out by hand:
 // clang-format off
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <memory>
-#include <set>
-#include <string>
-
-#include "analyzers/file_analyzer.h"
-#include "index/kurvo_index.h"
 #include "test_support.h"
 
 using namespace kurvo_test;
@@ -18,44 +9,18 @@ namespace {
 
 // Words: ASCII letters and digits and the Latin-1 letters; everything from
 // '!' up is shown except DEL.
-class TextFormats : public ::testing::Test {
+class TextFormats : public AnalyzerTest {
  protected:
   void SetUp() override {
-    index = std::make_unique<CKurvoIndex>(true, store.path());
-    for (int c = 0; c < 256; ++c) {
-      const bool latinLetter = c >= 0xC0 && c != 0xD7 && c != 0xF7;
-      index->setValidCharMask(c, (c < 128 && std::isalnum(c)) || latinLetter);
-      index->setValidViewableMask(c, (c > ' ' && c < 127) || c >= 0x80);
+    AnalyzerTest::SetUp();
+    for (int c = 0x80; c < 256; ++c) {
+      index->setValidCharMask(c, c >= 0xC0 && c != 0xD7 && c != 0xF7);
+      index->setValidViewableMask(c, true);
     }
-    index->MaxPerFileRead = 1 << 20;
-    index->newFileLinks();
-    index->createAnalyzers();
   }
-
-  std::set<std::string> wordsOf(const std::string &analyzer, const std::string &path) {
-    SetUp();
-    const uint32_t record = index->files->addFile("doc");
-    EXPECT_TRUE(index->analyzerNamed(analyzer)->indexFile(path.c_str(), record));
-    std::set<std::string> found;
-    for (uint32_t w = index->words->getFirst(); w != 0; w = index->words->getNext(w))
-      found.insert(index->words->getText(w));
-    return found;
+  std::string displayOf(const std::string &name, const std::string &path, bool displayFlag = true) {
+    return displayText(*index->analyzerNamed(name), 1, path, 1 << 20, 0, displayFlag);
   }
-
-  std::string displayOf(const std::string &analyzer, const std::string &path, bool displayFlag = true) {
-    char *text = index->analyzerNamed(analyzer)->fillDisplayBuffer(path.c_str(), 1, 1 << 20, 0, displayFlag);
-    std::string shown = text;
-    std::free(text);
-    return shown;
-  }
-
-  std::string inlineFile(const std::string &bytes) {
-    data.write("inline", bytes);
-    return data.file("inline");
-  }
-
-  TempDir store, data;
-  std::unique_ptr<CKurvoIndex> index;
 };
 
 std::string document(const std::string &name) { return std::string(KURVO_TEST_DATA) + "/" + name; }
@@ -170,7 +135,8 @@ TEST_F(TextFormats, EdgeCasesOfEachFormat) {
   };
   for (const InlineCase &c : cases) {
     SCOPED_TRACE(c.input);
-    EXPECT_EQ(wordsOf(c.analyzer, inlineFile(c.input)), c.words);
-    EXPECT_EQ(displayOf(c.analyzer, inlineFile(c.input), c.displayFlag), c.shown);
+    const std::string path = dataFile("inline", c.input);
+    EXPECT_EQ(wordsOf(c.analyzer, path), c.words);
+    EXPECT_EQ(displayOf(c.analyzer, path, c.displayFlag), c.shown);
   }
 }

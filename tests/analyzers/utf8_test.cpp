@@ -1,17 +1,11 @@
 // UTF-8 text: decoding cut at every byte, words including the last and those across reads, display text, content
 // detection. Tables laid out by hand:
 // clang-format off
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <set>
-#include <string>
-
-#include "analyzer_fixture.h"
 #include "analyzers/auto_analyzer.h"
 #include "analyzers/utf8_analyzer.h"
 #include "analyzers/utf8_decoder.h"
 #include "kurvo.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 
@@ -32,21 +26,13 @@ class Utf8Text : public AnalyzerTest {
     AnalyzerTest::SetUp();
     for (int c = 0xC0; c < 0x100; ++c) index->setValidCharMask(c, c != 0xD7 && c != 0xF7);
     index->MaxWordLength = 16;
-    index->createAnalyzers();
     utf8 = index->analyzerNamed("utf8");
   }
 
-  std::set<std::string> wordsOfFile(const std::string &bytes) {
-    SetUp();
-    EXPECT_TRUE(utf8->indexFile(dataFile("doc.txt", bytes).c_str(), fileNumber));
-    return words();
-  }
+  std::set<std::string> wordsOfFile(const std::string &bytes) { return wordsOf("utf8", dataFile("doc.txt", bytes)); }
 
   std::string display(const std::string &bytes, int width = 0, unsigned long maxLength = 1 << 20) {
-    char *block = utf8->fillDisplayBuffer(dataFile("doc.txt", bytes).c_str(), fileNumber, maxLength, width, true);
-    std::string out = block;
-    std::free(block);
-    return out;
+    return displayText(*utf8, fileNumber, dataFile("doc.txt", bytes), maxLength, width);
   }
 
   CFileAnalyzer *utf8 = nullptr;
@@ -154,7 +140,5 @@ TEST_F(Utf8Text, ContentDecidesForNamesNoPatternKnows) {
   EXPECT_TRUE(automatic->indexFile(dataFile("passwd", "nologin here\n").c_str(), fileNumber));
   EXPECT_TRUE(automatic->indexFile(dataFile("blob", std::string("nul\0bytes", 9)).c_str(), fileNumber));
   EXPECT_EQ(words(), (std::set<std::string>{"nologin", "here"}));
-  char *shown = automatic->fillDisplayBuffer(dataFile("blob", std::string("nul\0b", 5)).c_str(), 0, 100, 0, true);
-  EXPECT_STREQ(shown, "");
-  std::free(shown);
+  EXPECT_EQ(displayText(*automatic, 0, dataFile("blob", std::string("nul\0b", 5)), 100), "");
 }

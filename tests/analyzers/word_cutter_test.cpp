@@ -1,8 +1,6 @@
 // Word cutting of one buffer: classes, length limits, NULs, control bytes and the carry.
-#include <string>
-#include <vector>
 
-#include "analyzer_fixture.h"
+#include "test_support.h"
 
 using kurvo_test::AnalyzerTest;
 using Words = std::set<std::string>;

@@ -1,10 +1,5 @@
 // The exported functions as a C++ host sees them: results, caught and passed-on errors.
-#include <gtest/gtest.h>
 
-#include <string>
-
-#include "analyzers/file_analyzer.h"
-#include "index/kurvo_index.h"
 #include "kurvo.h"
 #include "test_support.h"
 

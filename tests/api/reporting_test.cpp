@@ -1,5 +1,4 @@
 // The three host callbacks and the reporting entries.
-#include <gtest/gtest.h>
 
 #include "report/message_keys.h"
 #include "report/reporting.h"

@@ -1,13 +1,10 @@
 // A damaged storage folder must give errors, never a crash or a hang.
-#include <gtest/gtest.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <random>
 
 #include "contents/file_contents.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

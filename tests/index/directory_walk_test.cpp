@@ -1,9 +1,7 @@
 // Directory walk and update: what gets recorded, what is skipped, progress and halting.
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "report/message_keys.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

@@ -1,13 +1,11 @@
 // End to end: a generated folder tree indexed, compressed and stored, then changed and updated.
 // Tables laid out by hand:
 // clang-format off
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

@@ -1,7 +1,5 @@
 // The index's HTML entity map and htmlChar decoding of character references.
-#include <gtest/gtest.h>
 
-#include "index/kurvo_index.h"
 #include "test_support.h"
 
 namespace {

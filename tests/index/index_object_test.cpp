@@ -1,9 +1,5 @@
 // The index object: defaults, the skipped folder, the control-byte class and the time base.
-#include <gtest/gtest.h>
 
-#include <memory>
-
-#include "index/kurvo_index.h"
 #include "test_support.h"
 
 using kurvo_test::TempDir;

@@ -1,9 +1,8 @@
 // An index's life in its storage folder: emptying, storing, reopening, skip file.
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

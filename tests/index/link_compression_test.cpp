@@ -1,8 +1,7 @@
 // Link compression: block layout, chaining across runs, counts, status texts and clean-up after errors.
-#include <gtest/gtest.h>
 
 #include "report/message_keys.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

@@ -1,10 +1,5 @@
 // Include and exclude patterns, analyzer choice and the analyzer registry.
-#include <gtest/gtest.h>
 
-#include <memory>
-
-#include "analyzers/file_analyzer.h"
-#include "index/kurvo_index.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;

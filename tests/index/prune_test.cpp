@@ -1,12 +1,9 @@
 // Pruning: vanished, changed and unchanged records, folder updates and broken parents.
-#include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <cstring>
 
 #include "report/message_keys.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

@@ -1,7 +1,6 @@
 // A reopened index is mapped read-only; walking a tree into it must not fault.
-#include <gtest/gtest.h>
 
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

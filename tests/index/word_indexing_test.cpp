@@ -1,13 +1,5 @@
 // Word indexing into the word table and word links, and loading the skip words.
-#include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "index/kurvo_index.h"
-#include "storage/byte_io.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::TempDir;
@@ -69,7 +61,7 @@ TEST_F(WordIndexing, ThreeTimesInAOnceInBWithAndWithoutRanking) {
     EXPECT_EQ(load16(data("alpha") + word_data::kCounter), c.counterInA);
     EXPECT_TRUE(links().empty());
     index->indexWord("Alpha", fileB);
-    std::string link = storage_test::wordBytes({fileA, index->words->lookup("alpha")});
+    std::string link = kurvo_test::wordBytes({fileA, index->words->lookup("alpha")});
     if (c.ranking) link += static_cast<char>(c.handedOn);
     EXPECT_EQ(links(), link);
     EXPECT_EQ(load32(data("alpha") + word_data::kCurrentFile), fileB);

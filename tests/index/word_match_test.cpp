@@ -1,7 +1,6 @@
 // Query word matching: the wildcard table and the cases where the masks make '*' or '?' ordinary.
-#include <gtest/gtest.h>
 
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

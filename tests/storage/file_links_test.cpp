@@ -1,18 +1,13 @@
 // CFileLinks: list blocks read upward to the zero top slot, and removeFile's scan.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "storage/file_links.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
+using kurvo_test::Stream;
 using kurvo_test::TempDir;
-using storage_test::Stream;
-using storage_test::wordAt;
-using storage_test::wordBytes;
+using kurvo_test::wordAt;
+using kurvo_test::wordBytes;
 
 namespace {
 
@@ -132,5 +127,5 @@ TEST(FileLinks, BadDescriptionRaisesStorageReadError) {
   TempDir dir;
   const std::string path = dir.file("links");
   { CFileLinks made(path, 65535, 1048575, 0); }
-  storage_test::expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360001}});
+  kurvo_test::expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360001}});
 }

@@ -1,14 +1,8 @@
 // CFileMemory: growth, the huge-request limit and the on-disk header.
-#include <gtest/gtest.h>
-
-#include <cstdio>
 
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "storage/file_memory.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
@@ -88,7 +82,7 @@ TEST(FileMemory, DisableWriteSavesTheHeaderAndThePathConstructorReadsIt) {
   EXPECT_FALSE(mem.isWritable());
   const std::string bytes = kurvo_test::readFile(path);
   ASSERT_EQ(bytes.size(), 200u);
-  EXPECT_EQ(storage_test::wordBytes({200, 116, 100, 1000}), bytes.substr(0, 16));
+  EXPECT_EQ(kurvo_test::wordBytes({200, 116, 100, 1000}), bytes.substr(0, 16));
 
   CFileMemory again(path);
   EXPECT_FALSE(again.isWritable());

@@ -1,16 +1,10 @@
 // CFileStorage: record layout, lookup by name and parent, obsolete records, times, reopening.
-#include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "storage/file_storage.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
+using kurvo_test::Stream;
 using kurvo_test::TempDir;
-using storage_test::Stream;
 
 namespace {
 
@@ -77,7 +71,7 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
     numbers.push_back(add(t, "/data/top", 0));
     for (uint32_t i = 0; i < 2500; ++i) numbers.push_back(add(t, ("file" + std::to_string(i)).c_str(), numbers[0], i));
     ASSERT_TRUE(t.store(s.get()));
-    EXPECT_EQ(storage_test::wordBytes({12370001, 20, 12340001, 1000}), s.bytes().substr(0, 16));
+    EXPECT_EQ(kurvo_test::wordBytes({12370001, 20, 12340001, 1000}), s.bytes().substr(0, 16));
   }
   s.rewind();
   CapturedMessages msgs;
@@ -97,10 +91,9 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
 TEST_F(FileStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("files");
   { CFileStorage made(path, 2); }
-  storage_test::expectBadDescriptions<CFileStorage>(path,
-                                                    {
-                                                        {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
-                                                        {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
-                                                        {12370001},                         // cut short
-                                                    });
+  kurvo_test::expectBadDescriptions<CFileStorage>(path, {
+                                                            {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
+                                                            {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
+                                                            {12370001},                         // cut short
+                                                        });
 }

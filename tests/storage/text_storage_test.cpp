@@ -1,17 +1,11 @@
 // CTextStorage: entry layout, hashing, lookup, rehash and the stored description.
-#include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "storage/byte_io.h"
 #include "storage/text_storage.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
+using kurvo_test::Stream;
 using kurvo_test::TempDir;
-using storage_test::Stream;
 
 namespace {
 
@@ -84,7 +78,7 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
       store32(t.getData(offsets.back()) + word_data::kListPosition, i * 7 + 1);
     }
     ASSERT_TRUE(t.store(s.get()));
-    EXPECT_EQ(storage_test::wordBytes({12350001, 20, 3000, 12340001, 40000}), s.bytes().substr(0, 20));
+    EXPECT_EQ(kurvo_test::wordBytes({12350001, 20, 3000, 12340001, 40000}), s.bytes().substr(0, 20));
   }
   s.rewind();
   CapturedMessages msgs;
@@ -103,11 +97,10 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
 TEST_F(TextStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("words");
   { CTextStorage made(path, 1024, 4096, 0, 2); }
-  storage_test::expectBadDescriptions<CTextStorage>(path,
-                                                    {
-                                                        {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
-                                                        {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
-                                                        {12350001, 4},                        // cut short
-                                                        {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
-                                                    });
+  kurvo_test::expectBadDescriptions<CTextStorage>(path, {
+                                                            {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
+                                                            {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
+                                                            {12350001, 4},                        // cut short
+                                                            {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
+                                                        });
 }

@@ -1,17 +1,12 @@
 // CWordLinks: per-file groups of word entries, with and without count bytes.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "storage/word_links.h"
-#include "storage_test_util.h"
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
+using kurvo_test::Stream;
 using kurvo_test::TempDir;
-using storage_test::Stream;
-using storage_test::wordBytes;
+using kurvo_test::wordBytes;
 
 namespace {
 
@@ -85,5 +80,5 @@ TEST(WordLinks, BadDescriptionRaisesStorageReadError) {
   TempDir dir;
   const std::string path = dir.file("temp");
   { CWordLinks made(path, 65535, 1048575, 0); }
-  storage_test::expectBadDescriptions<CWordLinks>(path, {{12360002, 0}, {12350001, 0}, {12360001}});
+  kurvo_test::expectBadDescriptions<CWordLinks>(path, {{12360002, 0}, {12350001, 0}, {12360001}});
 }

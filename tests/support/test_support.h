@@ -1,8 +1,24 @@
-// Shared test helpers: scratch folders, file writing and callback capture.
+// The one test support layer: scratch folders, callback capture, table readers and the index fixtures.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "analyzers/file_analyzer.h"
+#include "index/kurvo_index.h"
+#include "storage/byte_io.h"
+#include "storage/file_storage.h"
 
 namespace kurvo_test {
 
@@ -25,6 +41,10 @@ class TempDir {
  private:
   std::string m_path;
 };
+
+std::string readFile(const std::string &path);
+void writeFile(const std::string &path, const std::string &bytes);
+bool exists(const std::string &path);
 
 struct Message {
   std::string key;
@@ -60,7 +80,142 @@ bool throwsKurvo(F &&f) {
   return false;
 }
 
-std::string readFile(const std::string &path);
-void writeFile(const std::string &path, const std::string &bytes);
+// ---- Stored tables ----
+
+// An anonymous temporary stream for table descriptions, closed on destruction.
+class Stream {
+ public:
+  Stream() : m_file(std::tmpfile()) {}
+  ~Stream() { std::fclose(m_file); }
+  Stream(const Stream &) = delete;
+  Stream &operator=(const Stream &) = delete;
+
+  FILE *get() const { return m_file; }
+  void rewind() const { std::rewind(m_file); }
+  std::string bytes() const;  // everything written so far; leaves the stream at its end
+
+ private:
+  FILE *m_file;
+};
+
+inline uint32_t wordAt(const std::string &bytes, size_t offset) { return load32(bytes.data() + offset); }
+// The host-order bytes of the given words, back to back.
+std::string wordBytes(const std::vector<uint32_t> &words);
+
+// Opening Table from path with each description must raise "StorageReadError" naming path.
+template <typename Table>
+void expectBadDescriptions(const std::string &path, const std::vector<std::vector<uint32_t>> &descriptions) {
+  for (const std::vector<uint32_t> &words : descriptions) {
+    Stream s;
+    const std::string bytes = wordBytes(words);
+    std::fwrite(bytes.data(), 1, bytes.size(), s.get());
+    s.rewind();
+    CapturedMessages msgs;
+    EXPECT_TRUE(throwsKurvo([&] { Table t(path, s.get()); })) << words.size();
+    ASSERT_EQ(msgs.errors.size(), 1u);
+    EXPECT_EQ(msgs.errors[0].key, "StorageReadError");
+    EXPECT_EQ(msgs.errors[0].argument, path);
+  }
+}
+
+// ---- Index runs ----
+
+// Sets a path's modification (and access) time without following links.
+void setMTime(const std::string &path, int32_t seconds);
+int32_t mtimeOf(const std::string &path);
+
+// The folder above TempDir's "a/b/c/store/" chain, with a trailing '/'. Its
+// "a" child is the index's skipped folder.
+std::string scratchRoot(const TempDir &tmp);
+
+// Letters and digits make words; printable ASCII is shown; digits are non-alpha.
+void setWordMasks(CKurvoIndex &index);
+
+// Everything a run needs before its folders are walked: masks, limits, the
+// analyzers, "*.txt" -> "generic" and the given exclude patterns.
+void configureIndex(CKurvoIndex &index, const std::vector<std::string> &excludes = {});
+
+// A fresh index in tmp's storage folder, ready for indexDirectory; the skip
+// file holds skipWords, one a line.
+std::unique_ptr<CKurvoIndex> startFullBuild(const TempDir &tmp, const std::string &skipWords = "",
+                                            const std::vector<std::string> &excludes = {});
+
+// Records a top folder the way a host does: full path, parent 0, its time.
+uint32_t addTopFolder(CKurvoIndex &index, const std::string &path);
+
+struct RecordCopy {
+  uint32_t number;
+  uint32_t parent;
+  int32_t time;
+  uint32_t size;
+  uint32_t attributes;
+  std::string name;
+};
+
+// Records keyed by where they stand: a folder by its path, a file by its
+// folder's path + "/" + its stored name (0xFF first for deleted ones).
+std::map<std::string, RecordCopy> recordsByPath(const CFileStorage &files);
+
+using FileLink = std::pair<uint32_t, unsigned>;  // file number, count byte
+
+// A word's files as a host reads them: the current file from the word data,
+// then each block from its list position up to the 0 slot, newest block first.
+struct WordFiles {
+  uint32_t current = 0;
+  unsigned counter = 0;
+  std::vector<std::vector<FileLink>> blocks;
+  bool operator==(const WordFiles &o) const {
+    return current == o.current && counter == o.counter && blocks == o.blocks;
+  }
+};
+WordFiles readWordFiles(const CKurvoIndex &index, uint32_t word);
+
+std::map<std::string, uint32_t> allWords(const CTextStorage &words);
+std::set<std::string> wordSet(const CTextStorage &words);
+
+// A display block from an analyzer, freed.
+std::string displayText(CFileAnalyzer &analyzer, uint32_t file, const std::string &path,
+                        unsigned long maxLength = 1 << 20, int width = 0, bool displayFlag = true);
+
+// ---- Fixtures ----
+
+// A fresh index for one analyzer's work: ASCII letters and digits make words,
+// '!' to '~' are shown, the built-in analyzers exist, and "doc.txt" is record fileNumber.
+class AnalyzerTest : public ::testing::Test {
+ protected:
+  // Called again by table tests to start each case afresh.
+  void SetUp() override;
+
+  std::set<std::string> words() const { return wordSet(*index->words); }
+  // Cuts text as one buffer of the current file.
+  void cut(std::string text);
+  std::string dataFile(const std::string &name, const std::string &bytes) const;
+  // The words the named analyzer finds in path, on a fresh index.
+  std::set<std::string> wordsOf(const std::string &analyzerName, const std::string &path);
+
+  TempDir store;
+  TempDir data;
+  std::unique_ptr<CKurvoIndex> index;
+  std::unique_ptr<CFileAnalyzer> analyzer;
+  uint32_t fileNumber = 0;
+};
+
+// Whole runs over the folder "tree" beside the storage chain.
+class IndexRunTest : public ::testing::Test {
+ protected:
+  void SetUp() override { top = scratchRoot(tmp) + "tree"; }
+  void start(const std::vector<std::string> &excludes = {}) {
+    index = startFullBuild(tmp, "", excludes);
+    topRecord = addTopFolder(*index, top);
+  }
+  std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
+  bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
+
+  CapturedMessages messages;
+  TempDir tmp;
+  std::string top;
+  std::unique_ptr<CKurvoIndex> index;
+  uint32_t topRecord = 0;
+};
 
 }  // namespace kurvo_test

@@ -1,19 +1,14 @@
 // ZIP, TAR and GZIP archives made by zip, tar and gzip: member records, their words, extraction and display.
 // Tables laid out by hand:
 // clang-format off
-#include <gtest/gtest.h>
 
 #include <dirent.h>
 
-#include <cstdlib>
 #include <ctime>
-#include <map>
-#include <set>
-#include <string>
 
 #include "analyzers/containers/gzip_analyzer.h"
 #include "contents/file_contents.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 

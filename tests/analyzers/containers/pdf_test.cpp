@@ -1,17 +1,10 @@
 // PDFs made by pdflatex, ps2pdf and LibreOffice and written byte by byte: the text of their content streams.
 // Tables laid out by hand:
 // clang-format off
-#include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <cstdlib>
-#include <set>
-#include <string>
-#include <vector>
-
-#include "analyzers/containers/pdf_analyzer.h"
 #include "analyzers/containers/pdf_text.h"
-#include "index_setup.h"
+#include "test_support.h"
 
 using namespace kurvo_test;
 
@@ -55,16 +48,10 @@ class Pdf : public ::testing::Test {
   std::set<std::string> wordsOf(const std::string &path) {
     const uint32_t record = index->files->addFile("doc.pdf");
     EXPECT_TRUE(pdf->indexFile(path.c_str(), record));
-    std::set<std::string> found;
-    for (const auto &entry : allWords(*index->words)) found.insert(entry.first);
-    return found;
+    return wordSet(*index->words);
   }
-
-  std::string shown(const std::string &path, unsigned long maxLength = 1 << 20, int width = 0) {
-    char *block = pdf->fillDisplayBuffer(path.c_str(), 1, maxLength, width, true);
-    std::string out = block;
-    std::free(block);
-    return out;
+  std::string shown(const std::string &path, unsigned long maxLength = 1 << 20) {
+    return displayText(*pdf, 1, path, maxLength);
   }
 
   std::string file(const std::string &bytes) {
