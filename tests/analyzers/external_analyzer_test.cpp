@@ -21,15 +21,13 @@ TEST(ExternalAnalyzerList, ParsesEntriesOfThreeLines) {
   const struct {
     std::string text;
     std::string entries;
-  } cases[] = {
-      {"doc\ntxt\nantiword %i > %o\n", "doc|txt|antiword %i > %o;"},
-      {"doc\r\ntxt\r\nantiword %i > %o\r\n", "doc|txt|antiword %i > %o;"},
-      {"doc\rtxt\rantiword %i > %o\r", "doc|txt|antiword %i > %o;"},
-      {"# converters\n\ndoc   # Word\n\t\ntxt\n  antiword %i > %o  \n", "doc|txt|  antiword %i > %o;"},
-      {"a\nb\nc\nd\n", "a|b|c;"},
-      {"a\nb\nc", ""},
-      {"a\nb\nc#\nd\ne\nf\n", "a|b|c;d|e|f;"},
-  };
+  } cases[] = {{"doc\ntxt\nantiword %i > %o\n", "doc|txt|antiword %i > %o;"},
+               {"doc\r\ntxt\r\nantiword %i > %o\r\n", "doc|txt|antiword %i > %o;"},
+               {"doc\rtxt\rantiword %i > %o\r", "doc|txt|antiword %i > %o;"},
+               {"# converters\n\ndoc   # Word\n\t\ntxt\n  antiword %i > %o  \n", "doc|txt|  antiword %i > %o;"},
+               {"a\nb\nc\nd\n", "a|b|c;"},
+               {"a\nb\nc", ""},
+               {"a\nb\nc#\nd\ne\nf\n", "a|b|c;d|e|f;"}};
   for (const auto &c : cases) {
     SCOPED_TRACE(c.text);
     EXPECT_EQ(entryText(parseExternalAnalyzerList(c.text.data(), c.text.size())), c.entries);
@@ -60,12 +58,10 @@ class ExternalAnalyzerTest : public AnalyzerTest {
 TEST_F(ExternalAnalyzerTest, CommandsQuoteBothPathsInTheTemplatesOrder) {
   const struct {
     const char *extension, *command, *source, *converted, *expected;
-  } cases[] = {
-      {"txt", "conv %o %i", "/d/r.doc", "12.txt", "conv 'T/12.txt' '/d/r.doc'"},
-      {"txt", "conv %i > %o", "/d/it's.doc", "12.txt", "conv '/d/it'\\''s.doc' > 'T/12.txt'"},
-      {"...", "gunzip -c \"%i\" > '%o'", "/d/a.tar.gz", "12.tar", "gunzip -c '/d/a.tar.gz' > 'T/12.tar'"},
-      {"...", "conv %i %o", "/d/noext", "12", "conv '/d/noext' 'T/12'"},
-  };
+  } cases[] = {{"txt", "conv %o %i", "/d/r.doc", "12.txt", "conv 'T/12.txt' '/d/r.doc'"},
+               {"txt", "conv %i > %o", "/d/it's.doc", "12.txt", "conv '/d/it'\\''s.doc' > 'T/12.txt'"},
+               {"...", "gunzip -c \"%i\" > '%o'", "/d/a.tar.gz", "12.tar", "gunzip -c '/d/a.tar.gz' > 'T/12.tar'"},
+               {"...", "conv %i %o", "/d/noext", "12", "conv '/d/noext' 'T/12'"}};
   index->temporaryDirectory = "T";
   for (const auto &c : cases) {
     SCOPED_TRACE(c.command);

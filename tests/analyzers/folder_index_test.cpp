@@ -102,8 +102,7 @@ TEST_F(AnalyzerTest, FolderOfFilesGivesExactWordTableAndLinks) {
        "Lazy afternoons: the dog and the cat share 1234 naps,\n"
        "abcdefghijklmnopq abcdefghijklmnopqr\n"},
       {"three.txt", "fox fox fox cat\tthe\n"},
-      {"four.txt", "brand new words only here\r\n"},
-  };
+      {"four.txt", "brand new words only here\r\n"}};
   const uint32_t folder = index->files->addFile(data.path().c_str());
   TableModel model;
   for (const auto &[name, text] : texts) {

@@ -22,19 +22,17 @@ std::string utf16Like(const std::string &text) {
 
 TEST_F(AnalyzerTest, IndexesTheFileAsReadInBuffers) {
   const std::string boundary = std::string(10, ' ') + "before" + std::string(65535 - 21, ' ');
-  const FileCase cases[] = {
-      {"Alpha beta\ngamma\n", 1 << 20, {"alpha", "beta", "gamma"}, 17},
-      {"", 1 << 20, {}, 0},
-      // Without a final separator the last word is lost.
-      {"first second third", 1 << 20, {"first", "second"}, 18},
-      // The read limit falls inside "delta", which is dropped.
-      {"alpha beta gamma delta epsilon\n", 20, {"alpha", "beta", "gamma"}, 20},
-      {"abcdefghijkl mno\n", 8, {}, 8},
-      {std::string(69990, ' ') + "tailword   afterlimit\n", 70000, {"tailword"}, 70000},
-      // "boundary" starts five bytes before the end of the first 65,535-byte read.
-      {boundary + "boundaryword after\n", 1 << 20, {"before", "aryword", "after"}, 65535 + 14},
-      {utf16Like("Hello World\n"), 1 << 20, {"hello", "world"}, 24},
-  };
+  const FileCase cases[] = {{"Alpha beta\ngamma\n", 1 << 20, {"alpha", "beta", "gamma"}, 17},
+                            {"", 1 << 20, {}, 0},
+                            // Without a final separator the last word is lost.
+                            {"first second third", 1 << 20, {"first", "second"}, 18},
+                            // The read limit falls inside "delta", which is dropped.
+                            {"alpha beta gamma delta epsilon\n", 20, {"alpha", "beta", "gamma"}, 20},
+                            {"abcdefghijkl mno\n", 8, {}, 8},
+                            {std::string(69990, ' ') + "tailword   afterlimit\n", 70000, {"tailword"}, 70000},
+                            // "boundary" starts five bytes before the end of the first 65,535-byte read.
+                            {boundary + "boundaryword after\n", 1 << 20, {"before", "aryword", "after"}, 65535 + 14},
+                            {utf16Like("Hello World\n"), 1 << 20, {"hello", "world"}, 24}};
   for (const FileCase &c : cases) {
     SetUp();
     index->MaxPerFileRead = c.readLimit;

@@ -34,15 +34,6 @@ class ExportsTest : public ::testing::Test {
   void *index = nullptr;
 };
 
-TEST(CreateIndex, OpeningAFolderWithoutHashGivesNull) {
-  TempDir dir;
-  CapturedMessages messages;
-  EXPECT_EQ(kCreateNewIndex(0, dir.path().c_str()), nullptr);
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, "StorageReadError");
-  EXPECT_EQ(messages.lastError()->argument, dir.path());
-}
-
 TEST_F(ExportsTest, CaughtAndPassedOnErrors) {
   kidxStoreStorage(index, (dir.path() + "missing/").c_str());  // caught
   ASSERT_NE(messages.lastError(), nullptr);

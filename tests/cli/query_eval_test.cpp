@@ -14,11 +14,7 @@ namespace {
 class FakeSource : public TermSource {
  public:
   std::map<std::string, ScoredFiles> terms = {
-      {"apple", {{1, 3}, {2, 1}, {3, 2}}},
-      {"pear", {{2, 5}, {3, 1}}},
-      {"plum", {{4, 1}}},
-      {"apricot", {{4, 2}}},
-  };
+      {"apple", {{1, 3}, {2, 1}, {3, 2}}}, {"pear", {{2, 5}, {3, 1}}}, {"plum", {{4, 1}}}, {"apricot", {{4, 2}}}};
   std::set<uint32_t> nearFiles = {3};
   std::vector<std::string> nearTexts;
 
@@ -47,16 +43,14 @@ TEST(QueryEval, FilesAndScores) {
   const struct {
     const char *query;
     ScoredFiles expected;
-  } cases[] = {
-      {"apple pear", {{2, 6}, {3, 3}}},  // AND intersects and adds scores
-      {"apple | pear", {{1, 3}, {2, 6}, {3, 3}}},
-      {"apple -pear", {{1, 3}}},  // exclusion removes files without scoring
-      {"apple -(pear | plum)", {{1, 3}}},
-      {"(pear | plum) apple", {{2, 6}, {3, 3}}},
-      {"pear | plum apricot", {{2, 5}, {3, 1}, {4, 3}}},
-      {"ap*", {{1, 3}, {2, 1}, {3, 2}, {4, 2}}},  // a wildcard sums its words
-      {"apple quince", {}},
-  };
+  } cases[] = {{"apple pear", {{2, 6}, {3, 3}}},  // AND intersects and adds scores
+               {"apple | pear", {{1, 3}, {2, 6}, {3, 3}}},
+               {"apple -pear", {{1, 3}}},  // exclusion removes files without scoring
+               {"apple -(pear | plum)", {{1, 3}}},
+               {"(pear | plum) apple", {{2, 6}, {3, 3}}},
+               {"pear | plum apricot", {{2, 5}, {3, 1}, {4, 3}}},
+               {"ap*", {{1, 3}, {2, 1}, {3, 2}, {4, 2}}},  // a wildcard sums its words
+               {"apple quince", {}}};
   for (const auto &c : cases) {
     FakeSource s;
     EXPECT_EQ(run(s, c.query), c.expected) << c.query;
@@ -81,12 +75,11 @@ TEST(QueryEval, ProximityAndSequencesAreReadFromTheWords) {
   const struct {
     const char *query;
     bool holds;
-  } cases[] = {
-      {"memory <0 leak", true}, {"memory <7 leak", true}, {"leak <1 memory", false},  {"was <1 but", true},
-      {"was <0 but", false},    {"memory <19 lab", true}, {"saw <0 a <0 leak", true}, {"saw <0 leak", false},
-      {"sen* <1 e*", true},     {"e-mail", true},         {"mail-e", false},          {"state-of-the-art", true},
-      {"state-art", false},     {"memory < leak", true},  {"fine <3 later", true},
-  };
+  } cases[] = {{"memory <0 leak", true},   {"memory <7 leak", true}, {"leak <1 memory", false},
+               {"was <1 but", true},       {"was <0 but", false},    {"memory <19 lab", true},
+               {"saw <0 a <0 leak", true}, {"saw <0 leak", false},   {"sen* <1 e*", true},
+               {"e-mail", true},           {"mail-e", false},        {"state-of-the-art", true},
+               {"state-art", false},       {"memory < leak", true},  {"fine <3 later", true}};
   for (const auto &c : cases) {
     QueryNode near = parseQuery(c.query, defaultWordCharacters());
     ASSERT_EQ(near.kind, QueryKind::Near) << c.query;

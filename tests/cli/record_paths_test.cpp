@@ -28,17 +28,15 @@ TEST(RecordPaths, AreBuiltFromTheParentChain) {
   const struct {
     uint32_t record;
     const char *path;
-  } cases[] = {
-      {60, "/docs/notes.txt"},
-      {150, "/docs/docs.zip::inner.tar::notes.txt"},
-      {36, ""},   // a folder is no result
-      {180, ""},  // deleted
-      {210, ""},  // container deleted
-      {240, ""},  // parent missing
-      {300, "/top.txt"},
-      {330, ""},  // parent chain loops
-      {12345, ""},
-  };
+  } cases[] = {{60, "/docs/notes.txt"},
+               {150, "/docs/docs.zip::inner.tar::notes.txt"},
+               {36, ""},   // a folder is no result
+               {180, ""},  // deleted
+               {210, ""},  // container deleted
+               {240, ""},  // parent missing
+               {300, "/top.txt"},
+               {330, ""},  // parent chain loops
+               {12345, ""}};
   RecordTable t = sampleTable();
   RecordPaths paths(t);
   for (const auto &c : cases) EXPECT_EQ(paths.filePath(c.record), c.path) << "record " << c.record;

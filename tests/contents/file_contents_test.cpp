@@ -238,27 +238,25 @@ struct HitCase {
 };
 
 TEST_F(HitSearchTest, QueriesMarkTheseWords) {
-  const HitCase cases[] = {
-      {"one two three", "*", {"one", "two", "three"}, 5},
-      {"one two three", "+one +two", {}, 5},
-      {"ab abc abcd", "ab?", {"ab", "abc"}, 5},
-      {"ab abc abcd", "ab*", {"ab", "abc", "abcd"}, 5},
-      {"abc abcbd", "a*bd", {"abcbd"}, 5},  // the star tries each later match
-      {"ab abc", "ab", {"ab"}, 5},          // the term covers the whole word
-      {"abc ac", "a*?", {}, 5},             // "*" then "?" looks for a literal "?"
-      {"One TWO", "two Two", {"TWO"}, 5},   // text folded, query as it stands
-      // Proximity: "a" is marked only with a "b" among the next N + 1 words.
-      {"a x x x b", "a <3 b", {"a", "b"}, 5},
-      {"a x x x x b", "a <3 b", {"b"}, 5},
-      // "<9" carries no number: the default distance applies.
-      {"a x b", "a <9 b", {"a", "b"}, 1},
-      {"a x x b", "a <9 b", {"b"}, 1},
-      // The 9 ends a number: "<19" is a distance of 1.
-      {"a x b", "a <19 b", {"a", "b"}, 5},
-      {"a x x b", "a <19 b", {"b"}, 5},
-      // Proximity needs a later word: a "b" before the "a" does not count.
-      {"b a", "a <3 b", {"b"}, 5},
-  };
+  const HitCase cases[] = {{"one two three", "*", {"one", "two", "three"}, 5},
+                           {"one two three", "+one +two", {}, 5},
+                           {"ab abc abcd", "ab?", {"ab", "abc"}, 5},
+                           {"ab abc abcd", "ab*", {"ab", "abc", "abcd"}, 5},
+                           {"abc abcbd", "a*bd", {"abcbd"}, 5},  // the star tries each later match
+                           {"ab abc", "ab", {"ab"}, 5},          // the term covers the whole word
+                           {"abc ac", "a*?", {}, 5},             // "*" then "?" looks for a literal "?"
+                           {"One TWO", "two Two", {"TWO"}, 5},   // text folded, query as it stands
+                           // Proximity: "a" is marked only with a "b" among the next N + 1 words.
+                           {"a x x x b", "a <3 b", {"a", "b"}, 5},
+                           {"a x x x x b", "a <3 b", {"b"}, 5},
+                           // "<9" carries no number: the default distance applies.
+                           {"a x b", "a <9 b", {"a", "b"}, 1},
+                           {"a x x b", "a <9 b", {"b"}, 1},
+                           // The 9 ends a number: "<19" is a distance of 1.
+                           {"a x b", "a <19 b", {"a", "b"}, 5},
+                           {"a x x b", "a <19 b", {"b"}, 5},
+                           // Proximity needs a later word: a "b" before the "a" does not count.
+                           {"b a", "a <3 b", {"b"}, 5}};
   for (const auto &c : cases) {
     auto viewer = view(c.text, c.defaultDistance);
     EXPECT_EQ(hits(*viewer, c.query), c.expected) << '"' << c.query << "\" in \"" << c.text << '"';
@@ -306,8 +304,7 @@ TEST_F(HitSearchTest, OutlineKeepsTheLinesWithHitsOnce) {
       {"ab x\nabc y\n", "ab*", "abc y\n", 16},
       {"abcd\nabcde\n", "abcd*", "abcd\n", 4},
       {"abc\ndef\n", "*", "", 0},
-      {"ab\nabc\n", "+abc", "", 16},
-  };
+      {"ab\nabc\n", "+abc", "", 16}};
   for (const auto &c : cases) {
     index->MaxWordLength = c.maxWordLength;
     auto viewer = view(c.text);

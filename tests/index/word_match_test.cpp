@@ -44,10 +44,8 @@ TEST_F(WordMatch, AWildcardInTheWordMasksIsAnOrdinaryByte) {
     char wildcard;
     std::vector<MatchCase> cases;
   };
-  const Case cases[] = {
-      {'*', {{"ab*", "ab*", 1}, {"ab*", "ab", 0}, {"ab*", "abc", 0}, {"a?*", "ab*", 1}}},
-      {'?', {{"a?c", "abc", 0}, {"a?c", "a?c", 1}, {"ab?", "ab", 0}, {"a*c", "abc", 1}}},
-  };
+  const Case cases[] = {{'*', {{"ab*", "ab*", 1}, {"ab*", "ab", 0}, {"ab*", "abc", 0}, {"a?*", "ab*", 1}}},
+                        {'?', {{"a?c", "abc", 0}, {"a?c", "a?c", 1}, {"ab?", "ab", 0}, {"a*c", "abc", 1}}}};
   for (const Case &c : cases) {
     for (bool trailing : {false, true}) {
       SCOPED_TRACE(std::string(1, c.wildcard) + (trailing ? " trailing" : " word"));

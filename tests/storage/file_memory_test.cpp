@@ -24,25 +24,23 @@ TEST(FileMemory, GrowsToTwiceTheLengthThenByTheIncrementOrToWhatIsNeeded) {
     uint32_t initial, increment;
     std::vector<GrowthStep> steps;
   };
-  const Case cases[] = {
-      // Doubles while shorter than the increment; an exact fit never grows.
-      {100,
-       1000,
-       {{84, 16, 100},
-        {1, 100, 200},
-        {99, 101, 200},
-        {1, 200, 400},
-        {199, 201, 400},
-        {1, 400, 800},
-        {399, 401, 800},
-        {1, 800, 1600},
-        {799, 801, 1600},
-        {1, 1600, 2600},
-        {999, 1601, 2600},
-        {1000, 2600, 3600}}},
-      // Neither 2L nor L + increment holds used + size: exactly used + size.
-      {20, 1000, {{500, 16, 516}}},
-  };
+  const Case cases[] = {// Doubles while shorter than the increment; an exact fit never grows.
+                        {100,
+                         1000,
+                         {{84, 16, 100},
+                          {1, 100, 200},
+                          {99, 101, 200},
+                          {1, 200, 400},
+                          {199, 201, 400},
+                          {1, 400, 800},
+                          {399, 401, 800},
+                          {1, 800, 1600},
+                          {799, 801, 1600},
+                          {1, 1600, 2600},
+                          {999, 1601, 2600},
+                          {1000, 2600, 3600}}},
+                        // Neither 2L nor L + increment holds used + size: exactly used + size.
+                        {20, 1000, {{500, 16, 516}}}};
   for (const Case &c : cases) {
     TempDir dir;
     CFileMemory mem(dir.file("region"), c.initial, c.increment);
@@ -94,17 +92,6 @@ TEST(FileMemory, DisableWriteSavesTheHeaderAndThePathConstructorReadsIt) {
   EXPECT_EQ(again.getPointer(116), nullptr);
   ASSERT_TRUE(again.enableWrite());
   EXPECT_EQ(again.getNewSpace(10), 116u);
-
-  // A region whose file was renamed (as compaction renames a new "links")
-  // reopens under the name it is given.
-  const std::string moved = dir.file("moved");
-  ASSERT_EQ(std::rename(path.c_str(), moved.c_str()), 0);
-  again.setStoragePath(moved);
-  EXPECT_EQ(again.getStoragePath(), moved);
-  ASSERT_TRUE(again.disableWrite());
-  EXPECT_EQ(std::string(again.getPointer(marker), 4), "mark");
-  again.clearAll();
-  EXPECT_EQ(again.getStoragePath(), ".");
 }
 
 TEST(FileMemory, FileShorterThanTheHeaderLeavesTheRegionDetachedQuietly) {

@@ -2,8 +2,6 @@
 // Tables laid out by hand:
 // clang-format off
 
-#include <dirent.h>
-
 #include <ctime>
 
 #include "analyzers/containers/gzip_analyzer.h"
@@ -27,8 +25,7 @@ class Containers : public ::testing::Test {
     index->setIncludeCount(6);
     for (int i = 0; i < 6; ++i) index->setIncludePattern(i, patterns[i][0], patterns[i][1]);
     temp = tmp.path() + "t";
-    tmp.write("t/.keep", "");
-    std::remove((temp + "/.keep").c_str());
+    std::filesystem::create_directory(temp);
     index->temporaryDirectory = temp;
     folder = addTopFolder(*index, kArchives.substr(0, kArchives.size() - 1));
   }
@@ -68,17 +65,8 @@ class Containers : public ::testing::Test {
       if (file_record::parent(index->files->getData(n)) != 0 && memberPath(n) == path) return n;
     return 0;
   }
-  std::string display(uint32_t record) {
-    CFileContents contents(index.get(), record, 1000, 0, true, 8);
-    return contents.contents();
-  }
-  bool tempIsEmpty() {
-    DIR *dir = opendir(temp.c_str());
-    int entries = 0;
-    while (dirent *e = readdir(dir)) entries += e->d_name[0] != '.';
-    closedir(dir);
-    return entries == 0;
-  }
+  std::string display(uint32_t record) { return CFileContents(index.get(), record, 1000, 0, true, 8).contents(); }
+  bool tempIsEmpty() { return std::filesystem::is_empty(temp); }
 
   TempDir tmp;
   std::string temp;
