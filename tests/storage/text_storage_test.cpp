@@ -38,7 +38,7 @@ TEST_F(TextStorage, HashFoldsCaseAndAddsSignedBytes) {
 }
 
 TEST_F(TextStorage, SkipTableEntriesHaveOnlyTheNextWordInFront) {
-  // The word table's 20-byte prefix is checked byte for byte by the folder indexing test.
+  // The word table's 20-byte prefix is checked byte for byte by the word indexing test.
   CTextStorage skip(dir.file("skipped"), 1024, 4096, 0, 10);
   EXPECT_EQ(skip.addText("the"), 20u);
   EXPECT_EQ(skip.addText("and"), 28u);
