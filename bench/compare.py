@@ -182,7 +182,7 @@ def main():
         nochange = median_ms(times["no-change update kurvo"])
         print("%-26s %10.1f %10s %8s" % ("no-change update", nochange, "", ""))
         print("no-change update / full build: %.1f%%" % (100 * nochange / median_ms(times["build kurvo"])))
-        sizes = sum(os.path.getsize(os.path.join(store, n)) for n in ("hash", "files", "words", "skipped", "links"))
+        sizes = sum(os.path.getsize(os.path.join(store, n)) for n in ("hash", "files", "words", "skipped", "links", "wordorder"))
         print("index sizes: kurvo %.1f MB, fts5 %.1f MB" % (sizes / 1e6, os.path.getsize(db) / 1e6))
     finally:
         shutil.rmtree(work, ignore_errors=True)

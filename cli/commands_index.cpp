@@ -247,6 +247,8 @@ void finishRun(IndexSession &session, Progress &progress, Settings &settings, bo
     settings.linksLive = storeFileBytes(session.storeDir(), "links");
   progress.phase("storing the index");
   runStep([&] { kidxStoreStorage(index, session.storeDir().c_str()); });
+  // Sorted words let a pattern with a literal start visit only its words.
+  runStep([&] { kidxStoreWordOrder(index, session.storeDir().c_str()); });
 }
 
 // Swaps the stored run in for the previous index and records it in the settings.

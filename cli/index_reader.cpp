@@ -4,6 +4,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 
@@ -141,12 +142,32 @@ std::vector<std::pair<uint32_t, std::string>> IndexReader::matchingWords(const s
       if (entry != 0) out.emplace_back(entry, term);
       return;
     }
-    for (uint32_t w = ktsGetFirst(words); w != 0; w = ktsGetNext(words, w)) {
+    auto take = [&](uint32_t w) {
       const char *text = ktsGetText(words, w);
       if (text && kidxDoesWordMatch(m_index, text, term.c_str())) out.emplace_back(w, text);
+    };
+    std::vector<uint32_t> candidates;
+    if (wordsWithPrefix(term.substr(0, term.find_first_of("*?")), candidates)) {
+      for (uint32_t w : candidates) take(w);
+    } else {
+      for (uint32_t w = ktsGetFirst(words); w != 0; w = ktsGetNext(words, w)) take(w);
     }
   });
   return out;
+}
+
+bool IndexReader::wordsWithPrefix(const std::string &prefix, std::vector<uint32_t> &entries) {
+  // Without a literal start every word is a candidate: walking them is as quick.
+  if (prefix.empty()) return false;
+  entries.resize(64);
+  int count = kidxWordsWithPrefix(m_index, prefix.c_str(), entries.data(), static_cast<unsigned>(entries.size()));
+  if (count > static_cast<int>(entries.size())) {
+    entries.resize(static_cast<size_t>(count));
+    count = kidxWordsWithPrefix(m_index, prefix.c_str(), entries.data(), static_cast<unsigned>(entries.size()));
+  }
+  if (count < 0) return false;
+  entries.resize(std::min(entries.size(), static_cast<size_t>(count)));
+  return true;
 }
 
 std::vector<WordFile> IndexReader::filesOfWord(uint32_t word) {

@@ -55,6 +55,9 @@ class IndexReader {
   void *index() const { return m_index; }
 
  private:
+  // The words beginning with prefix, from the index's word order; false when
+  // there is none that fits (then every word must be looked at).
+  bool wordsWithPrefix(const std::string &prefix, std::vector<uint32_t> &entries);
   bool foundUnderItsName(uint32_t record);
 
   void *m_index;

@@ -267,6 +267,18 @@ KURVO_API int kidxDirMatch(void *index, const char *path, const char *pattern);
  * characters. THROWS nothing in practice. */
 KURVO_API int kidxDoesWordMatch(void *index, const char *word, const char *pattern);
 
+/* Beyond the classic behaviour: the number of words whose text begins with
+ * the bytes of prefix (the empty prefix: every word), read from the word
+ * order that kidxStoreWordOrder wrote into the storage folder. The first
+ * capacity of their entries go into entries (NULL when capacity is 0), in
+ * byte order of their texts; call again with more room when the count is
+ * larger. A pattern's bytes before its first '*' or '?' are such a prefix.
+ * -1 when the folder holds no word order that fits the word table as it is
+ * now (none written, a word added since, or a damaged one): walk the words
+ * with ktsGetFirst and ktsGetNext instead. The order is read from disk once
+ * per open index. CAUGHT: -1 and "AssertionFailed" when the index has no word table. */
+KURVO_API int kidxWordsWithPrefix(void *index, const char *prefix, unsigned int *entries, unsigned int capacity);
+
 /* Start the index afresh in its storage folder (new empty file and word
  * tables, counters zeroed, skip words kept). Call kidxNewFileLinks next.
  * CAUGHT. */
@@ -301,6 +313,13 @@ KURVO_API void kidxCompressLinks(void *index);
 /* Make the tables read-only and write the summary file folder + "hash".
  * CAUGHT: "StorageReadError" with folder when it cannot be written. */
 KURVO_API void kidxStoreStorage(void *index, const char *folder);
+
+/* Beyond the classic behaviour: write folder + "wordorder", every word entry
+ * sorted by the bytes of its text, for kidxWordsWithPrefix. Call after
+ * kidxStoreStorage with the same folder; the file is written beside its
+ * place and renamed into it. CAUGHT: "FileMapWriteFail" with the file's path
+ * when it cannot be written, "AssertionFailed" when the index has no word table. */
+KURVO_API void kidxStoreWordOrder(void *index, const char *folder);
 
 /* Beyond the classic behaviour. Bytes of "links" past its reserved word that
  * one block per word of its live files would take (*live), and the rest

@@ -4,6 +4,7 @@
 // heard about the error through its callback and gets the neutral result.
 // The others let the int exception through to the host, as documented.
 #include <string>
+#include <vector>
 
 #include "api/handles.h"
 #include "index/kurvo_index.h"
@@ -41,6 +42,17 @@ KURVO_API int kidxDoesWordMatch(void *index, const char *word, const char *patte
   return asIndex(index)->doesWordMatch(word, pattern);
 }
 
+KURVO_API int kidxWordsWithPrefix(void *index, const char *prefix, unsigned int *entries, unsigned int capacity) {
+  int count = -1;
+  caught([&] {
+    std::vector<uint32_t> found;
+    if (!asIndex(index)->wordsWithPrefix(prefix ? prefix : "", found)) return;
+    for (size_t i = 0; i < found.size() && i < capacity; ++i) entries[i] = found[i];
+    count = static_cast<int>(found.size());
+  });
+  return count;
+}
+
 KURVO_API void kidxEmptyIndex(void *index) {
   caught([&] { asIndex(index)->emptyIndex(); });
 }
@@ -67,6 +79,10 @@ KURVO_API void kidxPrune(void *index) {
 
 KURVO_API void kidxCompressLinks(void *index) {
   caught([&] { asIndex(index)->compressLinks(); });
+}
+
+KURVO_API void kidxStoreWordOrder(void *index, const char *folder) {
+  caught([&] { asIndex(index)->storeWordOrder(std::string(folder)); });
 }
 
 KURVO_API void kidxGetLinkSpace(void *index, double *live, double *dead) {

@@ -16,6 +16,7 @@ void CKurvoIndex::emptyIndex() {
   files = nullptr;
   delete words;
   words = nullptr;
+  wordOrder.reset();
   delete links;
   links = nullptr;
 
@@ -77,6 +78,11 @@ void CKurvoIndex::storeStorage(const std::string &folder) {
     throw;
   }
   std::fclose(hash);
+}
+
+void CKurvoIndex::storeWordOrder(const std::string &folder) {
+  if (!words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  writeWordOrder(*words, folder + "wordorder");
 }
 
 void CKurvoIndex::measureLinkSpace(double &live, double &dead) const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ctime>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "storage/file_storage.h"
 #include "storage/text_storage.h"
 #include "storage/word_links.h"
+#include "storage/word_order.h"
 
 class CFileAnalyzer;
 struct stat;
@@ -32,6 +34,9 @@ class CKurvoIndex {
   void newFileLinks();
   void enableWrite(bool on);
   void storeStorage(const std::string &folder);
+  // Beyond the classic behaviour: folder + "wordorder", every word entry in
+  // byte order of its text, for wordsWithPrefix.
+  void storeWordOrder(const std::string &folder);
 
   // Character classes.
   void setValidCharMask(int c, bool on) { validCharMask[c] = on ? 1 : 0; }
@@ -77,6 +82,10 @@ class CKurvoIndex {
 
   // Queries.
   int doesWordMatch(const char *word, const char *pattern) const;
+  // Beyond the classic behaviour: appends the words beginning with prefix,
+  // in byte order, from the storage folder's "wordorder" (read on first
+  // use). False when there is none that fits the word table as it is now.
+  bool wordsWithPrefix(const std::string &prefix, std::vector<uint32_t> &out);
   // The byte an HTML character reference (the text between '&' and ';') names.
   unsigned char htmlChar(const char *reference) const;
   // Fills the entity map with the named references htmlChar knows.
@@ -107,6 +116,7 @@ class CKurvoIndex {
   CTextStorage *skipWords = nullptr;
   CFileLinks *links = nullptr;
   CWordLinks *wordLinks = nullptr;
+  std::unique_ptr<CWordOrder> wordOrder;  // read by the first wordsWithPrefix
 
   // Settings and counters.
   int32_t UseRanking = 1;

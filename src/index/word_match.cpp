@@ -1,5 +1,7 @@
 // Matching an index word against a query term with '*' and '?' wildcards.
 #include "index/kurvo_index.h"
+#include "report/message_keys.h"
+#include "report/reporting.h"
 
 namespace {
 
@@ -42,4 +44,10 @@ int CKurvoIndex::doesWordMatch(const char *word, const char *pattern) const {
                        !validCharMask[question] && !validTrailingMask[question]};
   return matchFrom(reinterpret_cast<const unsigned char *>(word), reinterpret_cast<const unsigned char *>(pattern),
                    wild);
+}
+
+bool CKurvoIndex::wordsWithPrefix(const std::string &prefix, std::vector<uint32_t> &out) {
+  if (!words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  if (!wordOrder) wordOrder = std::make_unique<CWordOrder>(storagePath + "wordorder");
+  return wordOrder->withPrefix(*words, prefix, out);
 }

@@ -132,7 +132,8 @@ void CHashedStorage::clearNextWord(uint32_t textOffset) { store32(nextWord(textO
 bool CHashedStorage::readBuckets(FILE *stream) {
   delete[] m_pBuckets;
   m_pBuckets = readHashEntries(stream, m_nBucketCount);
-  m_tails.assign(m_pBuckets ? m_nBucketCount : 0, 0);
+  // Tails are made when the first entry is linked: a reader never needs them.
+  m_tails.clear();
   if (m_pBuckets) return true;
   m_nBucketCount = 0;
   return false;

@@ -14,6 +14,7 @@
 #include "storage/link_region.h"
 #include "storage/text_storage.h"
 #include "storage/table_sizes.h"
+#include "storage/word_order.h"
 
 namespace {
 
@@ -55,6 +56,7 @@ class StoreChecker {
     checkChains(m_words, m_wordsDesc, false);
     checkChains(m_skipped, m_skippedDesc, false);
     checkWordLists();
+    checkWordOrder();
     return m_damages;
   }
 
@@ -261,11 +263,35 @@ class StoreChecker {
     }
   }
 
+  // "wordorder", when there is one that was written for this word table:
+  // each word once, in byte order of the texts. One written for an earlier
+  // table is no damage: it is not used.
+  void checkWordOrder() {
+    std::ifstream in(m_folder + m_order.name, std::ios::binary);
+    if (!in || !m_words.walkable) return;
+    m_order.bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    const size_t size = m_order.bytes.size();
+    if (size < 12 || size % 4 != 0 || size > UINT32_MAX) return damage(m_order, 0, "the file's size is no word order");
+    m_order.used = static_cast<uint32_t>(size);
+    if (m_order.word(0) != kWordOrderMagic) return damage(m_order, 0, "the file does not start with its magic number");
+    if (m_order.word(8) != size / 4 - 3) return damage(m_order, 8, "the count is not the number of entries");
+    if (m_order.word(4) != m_words.used) return;
+    if (m_order.word(8) != m_words.entries.size()) return damage(m_order, 8, "the count is not the number of words");
+    const char *previous = nullptr;
+    for (uint32_t at = 12; at < size; at += 4) {
+      const uint32_t entry = m_order.word(at);
+      if (!m_words.has(entry)) return damage(m_order, at, "an entry is no word");
+      const char *text = m_words.bytes.data() + entry;
+      if (previous && std::strcmp(previous, text) >= 0) return damage(m_order, at, "the words are out of order");
+      previous = text;
+    }
+  }
+
   std::string m_folder;
   const DamageSink &m_sink;
   uint32_t m_damages = 0;
   Table m_hash{"hash", {0, 0}}, m_files{"files", table_sizes::kFiles}, m_words{"words", table_sizes::kWords},
-      m_skipped{"skipped", table_sizes::kSkipped}, m_links{"links", table_sizes::kLinks};
+      m_skipped{"skipped", table_sizes::kSkipped}, m_links{"links", table_sizes::kLinks}, m_order{"wordorder", {0, 0}};
   Description m_filesDesc, m_wordsDesc, m_skippedDesc;
   uint32_t m_counts = 0;
   uint32_t m_cursor = 0;

@@ -1,0 +1,105 @@
+// The word table's entries sorted by their text: a file beside the tables that answers prefix queries.
+#include "storage/word_order.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "report/message_keys.h"
+#include "report/reporting.h"
+#include "storage/byte_io.h"
+
+namespace {
+
+constexpr size_t kHeaderWords = 3;
+
+// Entry texts compare as unsigned bytes, as std::string does.
+bool textBefore(const char *a, const char *b) { return std::strcmp(a, b) < 0; }
+
+// The text of a word entry; null when entry is not where an entry starts.
+const char *wordText(CTextStorage &words, uint32_t entry) {
+  const char *text = words.getText(entry);
+  return text && words.lookup(text) == entry ? text : nullptr;
+}
+
+bool writeAll(FILE *file, const std::vector<uint32_t> &words) {
+  std::vector<char> bytes(words.size() * 4);
+  for (size_t i = 0; i < words.size(); ++i) store32(&bytes[i * 4], words[i]);
+  return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+}
+
+}  // namespace
+
+void writeWordOrder(const CTextStorage &words, const std::string &path) {
+  std::vector<uint32_t> entries;
+  entries.reserve(words.getEntryCount());
+  for (uint32_t w = words.getFirst(); w != 0; w = words.getNext(w)) entries.push_back(w);
+  std::sort(entries.begin(), entries.end(),
+            [&](uint32_t a, uint32_t b) { return textBefore(words.getText(a), words.getText(b)); });
+  entries.insert(entries.begin(), {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(entries.size())});
+
+  const std::string newPath = path + ".new";
+  FILE *file = std::fopen(newPath.c_str(), "wb");
+  bool written = file && writeAll(file, entries);
+  if (file) written = std::fclose(file) == 0 && written;
+  if (!written || std::rename(newPath.c_str(), path.c_str()) != 0) {
+    std::remove(newPath.c_str());
+    throwKurvoError(kurvo_keys::kFileMapWriteFail, path);
+  }
+}
+
+CWordOrder::CWordOrder(const std::string &path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return;
+  struct stat info;
+  if (fstat(fd, &info) == 0 && info.st_size >= static_cast<off_t>(kHeaderWords * 4) && info.st_size % 4 == 0) {
+    void *map = mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ, MAP_SHARED, fd, 0);
+    if (map != MAP_FAILED) {
+      m_map = static_cast<const char *>(map);
+      m_size = static_cast<size_t>(info.st_size);
+    }
+  }
+  close(fd);
+  // The count must agree with the entries the file holds.
+  if (!m_map || load32(m_map) != kWordOrderMagic || load32(m_map + 8) != m_size / 4 - kHeaderWords) return;
+  m_count = m_size / 4 - kHeaderWords;
+  m_usedBytes = load32(m_map + 4);
+}
+
+CWordOrder::~CWordOrder() {
+  if (m_map) munmap(const_cast<char *>(m_map), m_size);
+}
+
+int64_t CWordOrder::lowerBound(CTextStorage &words, const std::string &prefix) const {
+  size_t low = 0, high = m_count;
+  while (low < high) {
+    const size_t middle = low + (high - low) / 2;
+    const char *text = wordText(words, entry(middle));
+    if (!text) return -1;
+    if (textBefore(text, prefix.c_str()))
+      low = middle + 1;
+    else
+      high = middle;
+  }
+  return static_cast<int64_t>(low);
+}
+
+bool CWordOrder::withPrefix(CTextStorage &words, const std::string &prefix, std::vector<uint32_t> &out) const {
+  if (!usable(words)) return false;
+  const int64_t first = lowerBound(words, prefix);
+  if (first < 0) return false;
+  const char *previous = nullptr;
+  for (size_t i = static_cast<size_t>(first); i < m_count; ++i) {
+    const char *text = wordText(words, entry(i));
+    if (!text || (previous && !textBefore(previous, text))) return false;
+    if (std::strncmp(text, prefix.c_str(), prefix.size()) != 0) break;
+    out.push_back(entry(i));
+    previous = text;
+  }
+  return true;
+}

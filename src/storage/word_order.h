@@ -1,0 +1,49 @@
+// The word table's entries sorted by their text: a file beside the tables that answers prefix queries.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "storage/byte_io.h"
+#include "storage/text_storage.h"
+
+// Magic word at the start of a word order file.
+constexpr uint32_t kWordOrderMagic = 12380001;
+
+// Writes path: the magic word, the word table's used bytes and entry count,
+// then every entry in byte order of its text. The file is written beside
+// path and renamed over it, so a reader never sees half of it. Raises
+// "FileMapWriteFail" with path when it cannot be written.
+void writeWordOrder(const CTextStorage &words, const std::string &path);
+
+// A word order read back. It fits only the word table it was written for:
+// once a word is added, it is no longer usable.
+class CWordOrder {
+ public:
+  // Reads path; a missing, short or damaged file gives an order that is not usable.
+  explicit CWordOrder(const std::string &path);
+  ~CWordOrder();
+  CWordOrder(const CWordOrder &) = delete;
+  CWordOrder &operator=(const CWordOrder &) = delete;
+
+  bool usable(const CTextStorage &words) const {
+    return m_usedBytes != 0 && m_usedBytes == words.getUsed() && m_count == words.getEntryCount();
+  }
+  // Appends the entries of words whose text begins with prefix, in order.
+  // False when the order does not fit words, or when an entry it leads to is
+  // no word or out of order (damage: the caller then walks every word).
+  bool withPrefix(CTextStorage &words, const std::string &prefix, std::vector<uint32_t> &out) const;
+
+ private:
+  // Index of the first entry whose text is not below prefix, or -1 on damage.
+  int64_t lowerBound(CTextStorage &words, const std::string &prefix) const;
+
+  uint32_t entry(size_t i) const { return load32(m_map + (3 + i) * 4); }
+
+  // The file mapped whole: a query touches only the pages its search visits.
+  const char *m_map = nullptr;
+  size_t m_size = 0;
+  size_t m_count = 0;
+  uint32_t m_usedBytes = 0;
+};
