@@ -5,7 +5,9 @@ Makes a deterministic corpus (Zipf-distributed words over a fixed vocabulary
 with some Latin-1 words, files from 200 B to 200 KB, folders of 20), then in
 alternating rounds: full builds of both indexes, queries for a frequent word,
 a rare word and a prefix printing every matching path (as whole `kurvo search`
-and `sqlite3` processes), and an update after 1% of the files changed. The
+and `sqlite3` processes, and in process: a host through kurvo.h against
+Python's sqlite3 module on an open connection), and an update after 1% of the
+files changed. The
 FTS5 index is contentless with detail=none plus a table of paths, built in one
 transaction: the smallest FTS5 index that answers the same questions.
 Prints medians and ratios (FTS5 time / kurvo time: above 1, kurvo is faster).
@@ -116,6 +118,23 @@ def fts_query(term):
     return ("select path from files where id in (select rowid from body where body match '%s')" % term)
 
 
+def fts_in_process(db_path, term, rounds):
+    """Median microseconds of one query with every path fetched, on a connection opened once."""
+    con = sqlite3.connect(db_path)
+    micros = []
+    for _ in range(rounds):
+        start = time.perf_counter()
+        con.execute(fts_query(term)).fetchall()
+        micros.append((time.perf_counter() - start) * 1e6)
+    con.close()
+    return statistics.median(micros)
+
+
+def kurvo_in_process(host, store, term, rounds):
+    out = run([host, store, term, str(rounds)]).stdout.decode()
+    return float(out.split("median ")[1].split()[0])
+
+
 def median_ms(values):
     return statistics.median(values) * 1000
 
@@ -127,8 +146,11 @@ def main():
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--tiny", type=int, default=10000, help="files in the tree of tiny files")
+    parser.add_argument("--host", help="the in-process query host (default: kurvo_query_host beside kurvo, built "
+                                       "with -DKURVO_BUILD_BENCH=ON); skipped when missing")
     args = parser.parse_args()
     kurvo = os.path.abspath(args.kurvo)
+    host = args.host or os.path.join(os.path.dirname(kurvo), "kurvo_query_host")
     if not os.access(kurvo, os.X_OK):
         sys.exit("compare: build kurvo first (scripts/build.sh)")
 
@@ -167,6 +189,10 @@ def main():
         add("update kurvo", timed(lambda: run(kurvo_cmd + ["update"], env=env)))
         add("update fts5", timed(lambda: update_fts(db, [(i + 1, files[i]) for i in picked], old_texts)))
         add("no-change update kurvo", timed(lambda: run(kurvo_cmd + ["update"], env=env)))
+        in_process = {}
+        if os.access(host, os.X_OK):
+            for name, (kq, fq) in queries.items():
+                in_process[name] = (kurvo_in_process(host, store, kq, 50), fts_in_process(db, fq, 50))
         tiny = write_tiny_tree(os.path.join(work, "tiny"), args.tiny)
         tiny_store = os.path.join(work, "t", "b", "c", "store")
         tiny_db = os.path.join(work, "tiny.db")
@@ -179,6 +205,8 @@ def main():
         for name in ["build", "frequent", "rare", "prefix", "update", "tiny files"]:
             k, f = median_ms(times[name + " kurvo"]), median_ms(times[name + " fts5"])
             print("%-26s %10.1f %10.1f %8.2f" % (name, k, f, f / k))
+        for name, (k, f) in in_process.items():
+            print("%-26s %10.3f %10.3f %8.2f" % (name + " in process", k / 1000, f / 1000, f / k))
         nochange = median_ms(times["no-change update kurvo"])
         print("%-26s %10.1f %10s %8s" % ("no-change update", nochange, "", ""))
         print("no-change update / full build: %.1f%%" % (100 * nochange / median_ms(times["build kurvo"])))

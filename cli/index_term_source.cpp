@@ -14,17 +14,23 @@ namespace kurvo_cli {
 
 ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
   ScoredFiles out;
+  std::vector<std::pair<uint32_t, uint64_t>> forWord;
   for (const auto &word : m_reader.matchingWords(term)) {
-    // One word lists a file once; should a damaged list repeat it, the
-    // highest count stands.
-    ScoredFiles forWord;
+    forWord.clear();
     for (const WordFile &wf : m_reader.filesOfWord(word.first)) {
-      if (!m_reader.isLiveFile(wf.file)) continue;
-      uint64_t score = m_ranking ? wf.countByte + 1u : 1u;
-      uint64_t &slot = forWord[wf.file];
-      slot = std::max(slot, score);
+      if (m_reader.isLiveFile(wf.file)) forWord.push_back({wf.file, m_ranking ? wf.countByte + 1u : 1u});
     }
-    for (const auto &[file, score] : forWord) out[file] += score;
+    // One word lists a file once; should a damaged list repeat it, the
+    // highest count stands (the last of a file's pairs once sorted).
+    std::sort(forWord.begin(), forWord.end());
+    const bool first = out.empty();
+    for (size_t i = 0; i < forWord.size(); ++i) {
+      if (i + 1 < forWord.size() && forWord[i + 1].first == forWord[i].first) continue;
+      if (first)
+        out.emplace_hint(out.end(), forWord[i]);
+      else
+        out[forWord[i].first] += forWord[i].second;
+    }
   }
   return out;
 }

@@ -184,6 +184,8 @@ int main(int argc, char **argv) {
   ::umask(077);
   // Only the character set follows the locale: numbers and messages stay as they are.
   std::setlocale(LC_CTYPE, "");
+  // Output goes through the streams alone: they need not keep step with stdio.
+  std::ios::sync_with_stdio(false);
   detectTerminalEncoding();
   CommandLine c;
   CLI::App app(kDescription, "kurvo");

@@ -82,7 +82,9 @@ void CKurvoIndex::storeStorage(const std::string &folder) {
 
 void CKurvoIndex::storeWordOrder(const std::string &folder) {
   if (!words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  writeWordOrder(*words, folder + "wordorder");
+  // An order that still fits (no word was added since it was written) stays.
+  const std::string path = folder + "wordorder";
+  if (!CWordOrder(path).usable(*words)) writeWordOrder(*words, path);
 }
 
 void CKurvoIndex::measureLinkSpace(double &live, double &dead) const {

@@ -36,12 +36,17 @@ bool writeAll(FILE *file, const std::vector<uint32_t> &words) {
 }  // namespace
 
 void writeWordOrder(const CTextStorage &words, const std::string &path) {
-  std::vector<uint32_t> entries;
-  entries.reserve(words.getEntryCount());
-  for (uint32_t w = words.getFirst(); w != 0; w = words.getNext(w)) entries.push_back(w);
-  std::sort(entries.begin(), entries.end(),
-            [&](uint32_t a, uint32_t b) { return textBefore(words.getText(a), words.getText(b)); });
-  entries.insert(entries.begin(), {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(entries.size())});
+  // Each text is found once; the sort then compares the texts in place.
+  std::vector<std::pair<const char *, uint32_t>> texts;
+  texts.reserve(words.getEntryCount());
+  for (uint32_t w = words.getFirst(); w != 0; w = words.getNext(w)) {
+    // A damaged entry is left out; the order then never fits, and is not used.
+    if (const char *text = words.getText(w)) texts.emplace_back(text, w);
+  }
+  std::sort(texts.begin(), texts.end(), [](const auto &a, const auto &b) { return textBefore(a.first, b.first); });
+  std::vector<uint32_t> entries = {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(texts.size())};
+  entries.reserve(texts.size() + kHeaderWords);
+  for (const auto &text : texts) entries.push_back(text.second);
 
   const std::string newPath = path + ".new";
   FILE *file = std::fopen(newPath.c_str(), "wb");
