@@ -23,8 +23,6 @@ TEST(CharClasses, RangesRoundTrip) {
   EXPECT_EQ(formatByteRanges(parseByteRanges("5F,,41-5A,", "test")), "41-5a,5f");
 }
 
-class BadRanges : public ::testing::TestWithParam<const char *> {};
-
-TEST_P(BadRanges, AreRefused) { EXPECT_THROW(parseByteRanges(GetParam(), "test"), HostError); }
-
-INSTANTIATE_TEST_SUITE_P(CharClasses, BadRanges, ::testing::Values("g0", "100", "39-30", "1-"));
+TEST(CharClasses, BadRangesAreRefused) {
+  for (const char *text : {"g0", "100", "39-30", "1-"}) EXPECT_THROW(parseByteRanges(text, "test"), HostError) << text;
+}

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -17,19 +17,15 @@ namespace {
 
 class SettingsFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/kurvo-settings-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    m_dir = pattern;
-  }
-  void TearDown() override { std::system(("rm -rf '" + m_dir + "'").c_str()); }
+  void TearDown() override { std::filesystem::remove_all(m_dir); }
   std::string path() const { return m_dir + "/sub/settings.json"; }
   void write(const std::string &text) const {
-    std::system(("mkdir -p '" + m_dir + "/sub'").c_str());
+    std::filesystem::create_directories(m_dir + "/sub");
     std::ofstream(path()) << text;
   }
 
-  std::string m_dir;
+  const std::string m_dir =
+      (std::filesystem::temp_directory_path() / ("kurvo-settings-" + std::to_string(getpid()))).string();
 };
 
 TEST_F(SettingsFile, RoundTrip) {
