@@ -91,20 +91,8 @@ bool writeSeparator(DisplayWriter &out, unsigned char c, bool lineFeedNext, bool
   return false;
 }
 
-}  // namespace
-
-unsigned long CFileAnalyzer::stripBuffer(char *source, unsigned long sourceLength, char *output,
-                                         unsigned long outputSize, int wrapWidth, bool displayFlag,
-                                         bool /*firstBuffer*/, int *state) {
-  if (outputSize == 0) return 0;
-  convertRawBuffer(source, sourceLength);
-  const CKurvoIndex &index = *m_pIndex;
-  auto viewable = [&](unsigned char c) { return index.validViewableMask[c] != 0; };
-  auto nonAlpha = [&](unsigned char c) { return index.nonAlphaCharMask[c] != 0; };
-
-  DisplayWriter out(output, outputSize - 1);
-  char *const sourceEnd = source + sourceLength;
-  char *read = source;
+// What stripBuffer carries from one byte to the next.
+struct StripRun {
   bool inText = false;
   // Non-alpha bytes met outside text are written on approval: a separator
   // right after them takes them back.
@@ -113,59 +101,70 @@ unsigned long CFileAnalyzer::stripBuffer(char *source, unsigned long sourceLengt
   unsigned char previous = 0;
   bool afterNul = true;
 
-  while (read < sourceEnd && !out.full()) {
+  // One NUL behind a shown character is the high byte of two-byte text:
+  // true for such a NUL, which is left out.
+  bool skipsHighByteNul(unsigned char c, const int32_t *viewableMask) {
+    if (c != 0 || afterNul) {
+      afterNul = false;
+      return false;
+    }
+    afterNul = true;
+    return viewableMask[previous] != 0;
+  }
+
+  // Where c stands: in text, in a provisional run, or a separator, which is
+  // written in its place. True when c itself is to be written.
+  bool place(DisplayWriter &out, unsigned char c, bool lineFeedNext, const CKurvoIndex &index) {
+    const bool viewable = index.validViewableMask[c] != 0;
+    if (index.nonAlphaCharMask[c] != 0) {
+      provisionalRun = !inText && !viewable;
+      if (!provisionalRun) inText = true;
+      return true;
+    }
+    if (viewable) {
+      inText = true;
+      return true;
+    }
+    inText = writeSeparator(out, c, lineFeedNext, provisionalRun, index.nonAlphaCharMask);
+    return false;
+  }
+
+  // A run of high-bit bytes outside text that grew too long is taken back when it ends.
+  void noteHighBit(DisplayWriter &out, unsigned char c) {
+    if ((c & 0x80) && !inText) {
+      ++highBitRun;
+      return;
+    }
+    if (highBitRun > kMaxHighBitRun) out.dropHighBitTail();
+    highBitRun = 0;
+  }
+};
+
+}  // namespace
+
+unsigned long CFileAnalyzer::stripBuffer(char *source, unsigned long sourceLength, char *output,
+                                         unsigned long outputSize, int wrapWidth, bool displayFlag,
+                                         bool /*firstBuffer*/, int *state) {
+  if (outputSize == 0) return 0;
+  convertRawBuffer(source, sourceLength);
+  DisplayWriter out(output, outputSize - 1);
+  StripRun run;
+  char *const sourceEnd = source + sourceLength;
+  for (char *read = source; read < sourceEnd && !out.full(); ++read) {
     // Bytes after the current one. A hook that takes more bytes moves read to
     // the last of them and keeps this in step; the loop then steps past it.
     unsigned long remaining = static_cast<unsigned long>(sourceEnd - read) - 1;
     unsigned char c = static_cast<unsigned char>(*read);
-
-    // One NUL behind a shown character is the high byte of two-byte text.
-    bool nulFlagSet = false;
-    if (c == 0 && !afterNul) {
-      afterNul = true;
-      nulFlagSet = true;
-      if (viewable(previous)) {
-        previous = c;
-        ++read;
-        continue;
-      }
-    }
-    if (!nulFlagSet) afterNul = false;
-
-    if (m_bHooks && checkStripCharacter(&c, &read, &remaining, out.lastByte(), displayFlag, state)) {
-      previous = c;
-      ++read;
-      continue;
-    }
-
-    bool writeByte = true;
-    if (nonAlpha(c)) {
-      if (!inText && !viewable(c)) {
-        provisionalRun = true;
-      } else {
-        inText = true;
-        provisionalRun = false;
-      }
-    } else if (viewable(c)) {
-      inText = true;
-    } else {
-      writeByte = false;
+    const bool skipped = run.skipsHighByteNul(c, m_pIndex->validViewableMask) ||
+                         (m_bHooks && checkStripCharacter(&c, &read, &remaining, out.lastByte(), displayFlag, state));
+    if (!skipped) {
       const bool lineFeedNext = read + 1 < sourceEnd && read[1] == static_cast<char>(kLineFeed);
-      inText = writeSeparator(out, c, lineFeedNext, provisionalRun, index.nonAlphaCharMask);
+      const bool writeByte = run.place(out, c, lineFeedNext, *m_pIndex);
+      run.noteHighBit(out, c);
+      out.wrap(wrapWidth);
+      if (writeByte) out.put(static_cast<char>(c));
     }
-
-    if ((c & 0x80) && !inText) {
-      ++highBitRun;
-    } else {
-      if (highBitRun > kMaxHighBitRun) out.dropHighBitTail();
-      highBitRun = 0;
-    }
-    out.wrap(wrapWidth);
-
-    if (writeByte) out.put(static_cast<char>(c));
-    previous = c;
-    ++read;
+    run.previous = c;
   }
-
   return out.finish();
 }
