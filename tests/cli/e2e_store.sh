@@ -69,7 +69,7 @@ rows=(
   "words 4 msb"     "words 16 msb"    "words 20 msb"  "words 28 msb"  "words 36 text"  "words 0 free"
   "skipped 4 msb"   "skipped 16 msb"  "skipped 20 text" "skipped 0 free"
   "links 4 msb"     "links 16 msb"    "links 20 msb"
-  "wordorder 0 msb" "wordorder 12 msb" "wordorder 0 free"
+  "wordorder 0 msb" "wordorder 8 msb"  "wordorder 16 msb"
 )
 for row in "${rows[@]}"; do
   read -r file offset how named <<<"$row"
