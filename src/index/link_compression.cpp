@@ -31,7 +31,7 @@ std::unordered_map<uint32_t, uint32_t> slotsOfRun(CKurvoIndex &index) {
   for (uint32_t file = wordLinks.getFile(position); file; file = wordLinks.getFile(position)) {
     unsigned char count = 0;
     for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
-      const char *data = index.words->getData(word);
+      const char *data = index.words->recordedData(word);
       if (data && takesSlot(data, file)) ++slots[word];
     }
   }
@@ -60,7 +60,8 @@ void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) 
       setStatus(kurvo_keys::kCountingCompress, std::to_string(percent));
       sinceReport = 0;
     }
-    char *data = words.getData(word);
+    // The walk has just found this entry's text.
+    char *data = words.foundData(word);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     uint32_t earlier = load32(data + word_data::kEarlierFiles);
     if (index.SizedListBlocks) {
@@ -94,7 +95,7 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
     unsigned char count = 0;
     for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
       ++linksRead;
-      char *data = words.getData(word);
+      char *data = words.recordedData(word);
       if (!data || !takesSlot(data, file)) continue;
       const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
       store32(data + word_data::kListPosition, slot);

@@ -38,6 +38,13 @@ class CTextStorage : public CHashedStorage {
   // The data area of an entry that lookup or addText of this table just
   // returned, whose text needs no second check.
   char *foundData(uint32_t textOffset) const { return getPointer(textOffset - m_nPrefixSize + 4); }
+  // The data area of an entry the index itself recorded (a word number in
+  // the word links): only its bounds are checked, not its text. Null when
+  // the area does not lie within the used part.
+  char *recordedData(uint32_t textOffset) const {
+    if (textOffset < m_nPrefixSize || !getRange(textOffset - m_nPrefixSize + 4, m_nPrefixSize - 4)) return nullptr;
+    return getPointer(textOffset - m_nPrefixSize + 4);
+  }
 
   uint32_t getEntryCount() const { return m_nEntryCount; }
 
