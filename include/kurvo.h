@@ -404,6 +404,13 @@ KURVO_API void kidxSetSizedListBlocks(void *index, int on);
  * links table's growth step (1,048,575 bytes, a word in about 210,000 files)
  * is stored instead of refused with "GetHugeSpace". */
 KURVO_API void kidxSetGrowByRequest(void *index, int on);
+/* Beyond the classic behaviour (default 0): while kidxIndexDirectory walks a
+ * tree, a second thread walks it ahead in the same order and reads up to
+ * files files ahead of it (each up to the read limit), so that their bytes
+ * are in memory when they are indexed. Every callback still comes on the
+ * caller's thread, the stored bytes are the same, and the thread has ended
+ * when kidxIndexDirectory returns. Negative counts are taken as 0. */
+KURVO_API void kidxSetReadAhead(void *index, int files);
 /* Beyond the classic behaviour: kidxPrune leaves the records below the folder
  * path (absolute, no trailing '/') as they are, neither dropped nor read, for
  * a folder that cannot be reached now (an unmounted drive). Each call adds a

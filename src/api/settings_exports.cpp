@@ -13,6 +13,7 @@ KURVO_API unsigned int kidxGetWordsIndexed(void *index) { return asIndex(index)-
 KURVO_API void kidxSetExactUpdates(void *index, int on) { asIndex(index)->ExactUpdates = on != 0; }
 KURVO_API void kidxSetSizedListBlocks(void *index, int on) { asIndex(index)->SizedListBlocks = on != 0; }
 KURVO_API void kidxSetGrowByRequest(void *index, int on) { asIndex(index)->GrowByRequest = on != 0; }
+KURVO_API void kidxSetReadAhead(void *index, int files) { asIndex(index)->ReadAhead = files > 0 ? files : 0; }
 KURVO_API void kidxSetReportSkipped(void *index, int on) { asIndex(index)->ReportSkipped = on != 0; }
 KURVO_API void kidxSetReportFolder(void *index, const char *path) { asIndex(index)->reportFolder = path ? path : ""; }
 KURVO_API void kidxKeepFolder(void *index, const char *path) {

@@ -1,54 +1,19 @@
 // Walking folders into the file table: the first indexing of a tree and the update of one folder.
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "analyzers/file_analyzer.h"
 #include "report/message_keys.h"
 #include "report/reporting.h"
+#include "index/folder_reader.h"
 #include "index/kurvo_index.h"
+#include "index/read_ahead.h"
 
 namespace {
-
-// One open folder, read entry by entry. readdir is used rather than the
-// deprecated readdir_r: each recursion level owns its own DIR stream, and
-// glibc keeps the entry buffer inside that stream, so a deeper level never
-// overwrites the entry a shallower level is still using.
-class FolderReader {
- public:
-  explicit FolderReader(const char *path) : m_dir(opendir(path)) {}
-  ~FolderReader() {
-    if (m_dir) closedir(m_dir);
-  }
-  FolderReader(const FolderReader &) = delete;
-  FolderReader &operator=(const FolderReader &) = delete;
-
-  bool isOpen() const { return m_dir != nullptr; }
-
-  // The next name worth examining; false at the end, on a read error, or when
-  // "." comes round a second time (some file systems repeat the listing).
-  bool next(std::string &name) {
-    for (;;) {
-      const dirent *entry = readdir(m_dir);
-      if (!entry) return false;
-      if (std::strcmp(entry->d_name, ".") == 0) {
-        if (m_dotSeen) return false;
-        m_dotSeen = true;
-        continue;
-      }
-      if (std::strcmp(entry->d_name, "..") == 0) continue;
-      name = entry->d_name;
-      return true;
-    }
-  }
-
- private:
-  DIR *m_dir;
-  bool m_dotSeen = false;
-};
 
 // Folders are recorded under their full path with parent 0.
 uint32_t setFolderRecord(CFileStorage &files, uint32_t record, const struct stat &info) {
@@ -67,6 +32,30 @@ void setFileRecord(CFileStorage &files, uint32_t record, uint32_t parentId, cons
   file_record::setSize(data, static_cast<uint32_t>(info.st_size));
 }
 
+// The outermost indexDirectory runs a read-ahead for its tree when the index
+// asks for one; a thread that cannot be started only means none.
+class ReadAheadScope {
+ public:
+  ReadAheadScope(CKurvoIndex &index, const char *top) : m_index(index) {
+    if (index.ReadAhead <= 0 || index.readAhead) return;
+    try {
+      m_own = std::make_unique<CReadAhead>(index, top, static_cast<uint32_t>(index.ReadAhead));
+    } catch (...) {
+      return;
+    }
+    index.readAhead = m_own.get();
+  }
+  ~ReadAheadScope() {
+    if (m_own) m_index.readAhead = nullptr;
+  }
+  ReadAheadScope(const ReadAheadScope &) = delete;
+  ReadAheadScope &operator=(const ReadAheadScope &) = delete;
+
+ private:
+  CKurvoIndex &m_index;
+  std::unique_ptr<CReadAhead> m_own;
+};
+
 }  // namespace
 
 void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
@@ -78,6 +67,7 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
   // A reopened index maps its tables read-only, and known records are
   // rewritten in place.
   if (!files->isWritable()) files->enableWrite();
+  ReadAheadScope readAheadScope(*this, folderPath);
   // Counted before opening, so unreadable folders show up in the count too.
   ++DirectoriesRead;
   FolderReader folder(folderPath);
@@ -122,6 +112,7 @@ void CKurvoIndex::indexDirectory(const char *folderPath, uint32_t parentId) {
       }
       setFileRecord(*files, record, parentId, info);
       if (analyzer && !analyzer->indexFile(fullPath.c_str(), record)) reportSkipped("file", fullPath);
+      if (analyzer && readAhead) readAhead->fileDone();
     }
   }
 }

@@ -15,6 +15,7 @@
 #include "storage/word_order.h"
 
 class CFileAnalyzer;
+class CReadAhead;
 struct stat;
 
 class CKurvoIndex {
@@ -174,6 +175,10 @@ class CKurvoIndex {
   // request larger than their growth step.
   int32_t SizedListBlocks = 0;
   int32_t GrowByRequest = 0;
+  // Beyond the classic settings: files a first indexing reads ahead of the
+  // walk on a second thread (0: none), and the read-ahead under way.
+  int32_t ReadAhead = 0;
+  CReadAhead *readAhead = nullptr;
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;

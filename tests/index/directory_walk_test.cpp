@@ -109,20 +109,46 @@ TEST_F(DirectoryWalk, ExcludedFilesAreRecordedWithoutWordsAndExcludedFoldersNotE
 TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
   writeFile(top + "/one.txt", "first text\n");
   writeFile(top + "/two.txt", "second text\n");
-  start();
-  index->ShowStatus = 1;
-  index->lastStatusTime = 0;
-  messages.haltAtStatus = 1;
-  EXPECT_TRUE(throwsKurvo([&] { index->indexDirectory(top.c_str(), topRecord); }));
-  ASSERT_EQ(messages.statuses.size(), 1u);
-  EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kIndexingFile);
-  const std::string argument = messages.statuses[0].argument;
-  EXPECT_TRUE(argument == top + "/one.txt\t1" || argument == top + "/two.txt\t1") << argument;
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
-  EXPECT_EQ(messages.lastError()->argument, "");
-  // Only the top folder stands: the halt came before the first entry was examined.
-  EXPECT_EQ(records().size(), 1u);
+  // A read-ahead under way ends with the walk.
+  for (int readAhead : {0, 4}) {
+    start();
+    index->ShowStatus = 1;
+    index->ReadAhead = readAhead;
+    index->lastStatusTime = 0;
+    messages.statuses.clear();
+    messages.haltAtStatus = 1;
+    EXPECT_TRUE(throwsKurvo([&] { index->indexDirectory(top.c_str(), topRecord); }));
+    ASSERT_EQ(messages.statuses.size(), 1u);
+    EXPECT_EQ(messages.statuses[0].key, kurvo_keys::kIndexingFile);
+    const std::string argument = messages.statuses[0].argument;
+    EXPECT_TRUE(argument == top + "/one.txt\t1" || argument == top + "/two.txt\t1") << argument;
+    ASSERT_NE(messages.lastError(), nullptr);
+    EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
+    EXPECT_EQ(messages.lastError()->argument, "");
+    // Only the top folder stands: the halt came before the first entry was examined.
+    EXPECT_EQ(records().size(), 1u);
+    EXPECT_EQ(index->readAhead, nullptr);
+  }
+}
+
+TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordAndListAsItWas) {
+  for (int i = 0; i < 60; ++i)
+    writeFile(top + "/d" + std::to_string(i % 4) + "/f" + std::to_string(i) + ".txt",
+              "common word" + std::to_string(i % 7) + " text\n");
+  writeFile(top + "/d1/skip.bin", "not read\n");
+  std::map<std::string, std::pair<uint32_t, WordFiles>> first;
+  for (int readAhead : {0, 1, 8}) {
+    start();
+    index->ReadAhead = readAhead;
+    index->indexDirectory(top.c_str(), topRecord);
+    index->compressLinks();
+    std::map<std::string, std::pair<uint32_t, WordFiles>> lists;
+    for (const auto &[word, entry] : allWords(*index->words)) lists[word] = {entry, readWordFiles(*index, entry)};
+    if (readAhead == 0) first = lists;
+    EXPECT_EQ(lists, first) << readAhead;
+    EXPECT_EQ(records().size(), 66u);
+    index.reset();
+  }
 }
 
 TEST_F(DirectoryWalk, RootPathsGetOneSlashWhenIndexedAndTwoWhenUpdated) {

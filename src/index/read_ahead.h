@@ -1,0 +1,45 @@
+// CReadAhead: reading the files a first indexing will come to next, on a second thread.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+class CKurvoIndex;
+
+// Walks a tree as indexDirectory does, in the same order, and reads each
+// file an analyzer will read (up to the index's read limit) so that its
+// bytes are in the page cache when the walk gets there. It stays at most
+// filesAhead files ahead of the walk, reports nothing, changes nothing and
+// only reads the index's patterns and settings, which a walk leaves alone.
+class CReadAhead {
+ public:
+  CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
+  ~CReadAhead();  // stops the thread and waits for it
+  CReadAhead(const CReadAhead &) = delete;
+  CReadAhead &operator=(const CReadAhead &) = delete;
+
+  // The walk is done with one more file that an analyzer read.
+  void fileDone();
+
+ private:
+  void run();
+  void walk(const std::string &folder);
+  // Waits until the walk is near enough; false once stopping.
+  bool mayReadNext();
+  void readFile(const std::string &path);
+
+  const CKurvoIndex &m_index;
+  const std::string m_top;
+  const uint64_t m_filesAhead;
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  uint64_t m_filesRead = 0;
+  uint64_t m_filesDone = 0;
+  bool m_stopping = false;
+  std::vector<char> m_buffer;
+  std::thread m_thread;
+};
