@@ -78,15 +78,19 @@ static void buildIndex(const char *storage, const char *docs, const char *skipFi
   CHECK(kidxGetContentsIndexed(index) == 2, "both files read");
   kidxCompressLinks(index);
   kidxStoreStorage(index, storage);
+  kidxStoreWordOrder(index, storage);
   kidxClearIndex(index);
   CHECK(errorCount == 0, "building");
 }
 
 static void queryAndView(void *index, const char *docs) {
   void *files = kidxGetFiles(index), *words = kidxGetWords(index), *viewer;
-  unsigned int alpha = kfsLookupFile(files, "alpha.txt", kfsLookupFile(files, docs, 0)), hit;
+  unsigned int alpha = kfsLookupFile(files, "alpha.txt", kfsLookupFile(files, docs, 0)), hit, entries[4];
   CHECK(ktsLookup(words, "brown") != 0 && ktsLookup(words, "QUICK") != 0, "words found without regard to case");
   CHECK(ktsLookup(words, "the") == 0, "skip words stay out");
+  CHECK(kidxWordsWithPrefix(index, "b", entries, 4) == 2 && entries[0] == ktsLookup(words, "bread") &&
+            entries[1] == ktsLookup(words, "brown"),
+        "words with a prefix, in order");
   viewer = kidxGetFileContents(index, alpha, 10000, 0, false, 5);
   CHECK(viewer != NULL, "viewer");
   hit = kfcSearchBuffer(viewer, 0, "brown");
