@@ -29,6 +29,7 @@ struct IndexCommandOptions {
   std::string tempDir;
   int converterTimeout = -1;         // seconds; -1: keep
   double converterMaxOutput = -1;    // bytes; -1: keep
+  int readAhead = -1;                // files; -1: keep
   std::vector<std::string> include;  // PATTERN or PATTERN=ANALYZER
   std::vector<std::string> exclude;
   bool defaultPatterns = false;  // forget custom patterns

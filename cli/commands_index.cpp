@@ -72,6 +72,7 @@ void applyCommandOptions(IndexOptions &o, const IndexCommandOptions &c) {
   if (!c.tempDir.empty()) o.tempDir = c.tempDir;
   if (c.converterTimeout >= 0) o.converterTimeout = c.converterTimeout;
   if (c.converterMaxOutput >= 0) o.converterMaxOutput = c.converterMaxOutput;
+  if (c.readAhead >= 0) o.readAhead = c.readAhead;
   if (c.defaultPatterns) {
     o.include = defaultIncludeRules();
     o.exclude = defaultExcludePatterns();

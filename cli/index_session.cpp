@@ -89,7 +89,7 @@ std::vector<IncludeRule> IndexSession::configure(const IndexOptions &options, co
   kidxSetGrowByRequest(index, 1);
   // Reading ahead keeps the disk busy while words are cut: a cold cache then
   // costs little more than a warm one.
-  kidxSetReadAhead(index, 32);
+  kidxSetReadAhead(index, options.readAhead);
   kidxSetReportSkipped(index, 1);
   setMasks(index, options.chars);
   const std::string temp = privateTemporaryFolder(options, m_storeDir);

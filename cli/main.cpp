@@ -97,6 +97,10 @@ void defineIndexCommand(CLI::App &app, IndexCommandOptions &o) {
       ->add_option("--converter-max-output", o.converterMaxOutput,
                    "bytes a converter may write for one file (default 256 MiB, 0: no limit)")
       ->type_name("BYTES");
+  index
+      ->add_option("--read-ahead", o.readAhead,
+                   "files read on a second thread ahead of the one being indexed (default 32, 0: none)")
+      ->type_name("FILES");
 }
 
 void defineQueryCommands(CLI::App &app, CommandLine &c) {

@@ -80,6 +80,7 @@ json optionsToJson(const IndexOptions &o) {
       {"temp_dir", o.tempDir},
       {"converter_timeout", o.converterTimeout},
       {"converter_max_output", o.converterMaxOutput},
+      {"read_ahead", o.readAhead},
       {"include", include},
       {"exclude", o.exclude},
       {"chars",
@@ -101,6 +102,7 @@ IndexOptions optionsFromJson(const json &j) {
   o.tempDir = j.value("temp_dir", o.tempDir);
   o.converterTimeout = j.value("converter_timeout", o.converterTimeout);
   o.converterMaxOutput = j.value("converter_max_output", o.converterMaxOutput);
+  o.readAhead = j.value("read_ahead", o.readAhead);
   if (j.contains("include")) {
     o.include.clear();
     for (const json &rule : j.at("include")) {

@@ -24,6 +24,7 @@ struct IndexOptions {
   std::string tempDir;                              // empty: "tmp" in the storage folder
   int converterTimeout = 120;                       // seconds, 0: none
   double converterMaxOutput = 256.0 * 1024 * 1024;  // bytes, 0: none
+  int readAhead = 32;                               // files read ahead of the walk, 0: none
   std::vector<IncludeRule> include;
   std::vector<std::string> exclude;
   CharClasses chars;

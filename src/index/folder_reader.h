@@ -23,7 +23,9 @@ class FolderReader {
 
   // The next name worth examining; false at the end, on a read error, or when
   // "." comes round a second time (some file systems repeat the listing).
-  bool next(std::string &name) {
+  // type, when given, receives the entry's d_type (DT_UNKNOWN where the file
+  // system does not say).
+  bool next(std::string &name, unsigned char *type = nullptr) {
     for (;;) {
       const dirent *entry = readdir(m_dir);
       if (!entry) return false;
@@ -34,6 +36,7 @@ class FolderReader {
       }
       if (std::strcmp(entry->d_name, "..") == 0) continue;
       name = entry->d_name;
+      if (type) *type = entry->d_type;
       return true;
     }
   }

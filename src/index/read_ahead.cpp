@@ -31,11 +31,14 @@ CReadAhead::~CReadAhead() {
 }
 
 void CReadAhead::fileDone() {
+  bool wake = false;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     ++m_filesDone;
+    // A waiting thread is woken once half its window is free, not for every file.
+    wake = m_waiting && m_filesRead <= m_filesDone + m_filesAhead / 2;
   }
-  m_changed.notify_all();
+  if (wake) m_changed.notify_all();
 }
 
 void CReadAhead::run() {
@@ -54,25 +57,32 @@ void CReadAhead::walk(const std::string &folder) {
   if (!reader.isOpen()) return;
   const bool atRoot = folder == "/";
   std::string name;
-  while (reader.next(name)) {
+  unsigned char type = DT_UNKNOWN;
+  while (reader.next(name, &type)) {
     const std::string path = atRoot ? folder + name : folder + '/' + name;
+    // The entry's type saves a stat where the file system gives it.
     struct stat info;
-    if (lstat(path.c_str(), &info) != 0 || S_ISLNK(info.st_mode)) continue;
-    if (S_ISDIR(info.st_mode)) {
+    if (type == DT_UNKNOWN) {
+      if (lstat(path.c_str(), &info) != 0) continue;
+      type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_LNK;
+    }
+    if (type == DT_DIR) {
       if (!m_index.isExcluded(path.c_str())) walk(path);
-    } else if (S_ISREG(info.st_mode) && m_index.analyzerThatMatches(path.c_str()) &&
-               !m_index.isExcluded(path.c_str())) {
+    } else if (type == DT_REG && m_index.analyzerThatMatches(path.c_str()) && !m_index.isExcluded(path.c_str())) {
       if (!mayReadNext()) return;
       readFile(path);
     }
-    std::lock_guard<std::mutex> lock(m_mutex);
     if (m_stopping) return;
   }
 }
 
 bool CReadAhead::mayReadNext() {
   std::unique_lock<std::mutex> lock(m_mutex);
-  m_changed.wait(lock, [this] { return m_stopping || m_filesRead < m_filesDone + m_filesAhead; });
+  if (m_filesRead >= m_filesDone + m_filesAhead) {
+    m_waiting = true;
+    m_changed.wait(lock, [this] { return m_stopping || m_filesRead <= m_filesDone + m_filesAhead / 2; });
+    m_waiting = false;
+  }
   ++m_filesRead;
   return !m_stopping;
 }
@@ -80,12 +90,9 @@ bool CReadAhead::mayReadNext() {
 void CReadAhead::readFile(const std::string &path) {
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return;
-  // The analyzers read no further than this.
-  uint64_t left = m_index.MaxPerFileRead > 0 ? static_cast<uint64_t>(m_index.MaxPerFileRead) : 0;
-  while (left > 0) {
-    const ssize_t got = read(fd, m_buffer.data(), static_cast<size_t>(std::min<uint64_t>(left, m_buffer.size())));
-    if (got <= 0) break;
-    left -= static_cast<uint64_t>(got);
-  }
+  // The analyzers read no further than the read limit. The kernel is asked
+  // to bring the bytes in; a cached file costs nothing more.
+  const off_t length = m_index.MaxPerFileRead > 0 ? static_cast<off_t>(m_index.MaxPerFileRead) : 0;
+  if (length > 0) posix_fadvise(fd, 0, length, POSIX_FADV_WILLNEED);
   close(fd);
 }

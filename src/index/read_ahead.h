@@ -1,6 +1,7 @@
 // CReadAhead: reading the files a first indexing will come to next, on a second thread.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -39,7 +40,8 @@ class CReadAhead {
   std::condition_variable m_changed;
   uint64_t m_filesRead = 0;
   uint64_t m_filesDone = 0;
-  bool m_stopping = false;
+  bool m_waiting = false;
+  std::atomic<bool> m_stopping{false};
   std::vector<char> m_buffer;
   std::thread m_thread;
 };
