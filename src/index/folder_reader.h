@@ -20,6 +20,8 @@ class FolderReader {
   FolderReader &operator=(const FolderReader &) = delete;
 
   bool isOpen() const { return m_dir != nullptr; }
+  // The open folder's descriptor, for opening entries relative to it.
+  int descriptor() const { return dirfd(m_dir); }
 
   // The next name worth examining; false at the end, on a read error, or when
   // "." comes round a second time (some file systems repeat the listing).

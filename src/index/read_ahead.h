@@ -31,7 +31,7 @@ class CReadAhead {
   void walk(const std::string &folder);
   // Waits until the walk is near enough; false once stopping.
   bool mayReadNext();
-  void readFile(const std::string &path);
+  void readFile(int folder, const std::string &name);
 
   const CKurvoIndex &m_index;
   const std::string m_top;
