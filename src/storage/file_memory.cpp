@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -89,6 +90,10 @@ void CFileMemory::grow(uint32_t needed) {
     m_bFileOpen = 1;
   }
   uint32_t oldLength = m_nLength;
+  // Bytes the file already holds past the region (a file reused for a new
+  // table) must be cleared; what reserving adds reads as zero already.
+  struct stat info;
+  const uint64_t fileSize = fstat(m_nFileDescriptor, &info) == 0 ? static_cast<uint64_t>(info.st_size) : UINT64_MAX;
   uint64_t newLength;
   if (m_nLength == 0)
     newLength = m_nInitialSize;
@@ -112,7 +117,8 @@ void CFileMemory::grow(uint32_t needed) {
   m_nLength = static_cast<uint32_t>(newLength);
   m_bWritable = 1;
   m_bMapped = 1;
-  if (m_nLength > oldLength) std::memset(m_pBase + oldLength, 0, m_nLength - oldLength);
+  const uint64_t stale = std::min<uint64_t>(fileSize, m_nLength);
+  if (stale > oldLength) std::memset(m_pBase + oldLength, 0, stale - oldLength);
 }
 
 char *CFileMemory::getPointer(uint32_t offset) const {
