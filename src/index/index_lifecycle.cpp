@@ -84,7 +84,9 @@ void CKurvoIndex::storeWordOrder(const std::string &folder) {
   if (!words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
   // An order that still fits (no word was added since it was written) stays.
   const std::string path = folder + "wordorder";
-  if (!CWordOrder(path).usable(*words)) writeWordOrder(*words, path);
+  if (CWordOrder(path).usable(*words)) return;
+  writeWordOrder(*words, path);
+  wordOrder.reset();  // read again on first use
 }
 
 void CKurvoIndex::measureLinkSpace(double &live, double &dead) const {

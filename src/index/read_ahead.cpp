@@ -5,19 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "index/folder_reader.h"
 #include "index/kurvo_index.h"
 
-namespace {
-
-constexpr size_t kReadSize = 1 << 16;
-
-}  // namespace
-
 CReadAhead::CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead)
-    : m_index(index), m_top(top), m_filesAhead(filesAhead), m_buffer(kReadSize) {
+    : m_index(index), m_top(top), m_filesAhead(filesAhead) {
   m_thread = std::thread(&CReadAhead::run, this);
 }
 

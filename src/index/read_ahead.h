@@ -7,15 +7,14 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 class CKurvoIndex;
 
-// Walks a tree as indexDirectory does, in the same order, and reads each
-// file an analyzer will read (up to the index's read limit) so that its
-// bytes are in the page cache when the walk gets there. It stays at most
-// filesAhead files ahead of the walk, reports nothing, changes nothing and
-// only reads the index's patterns and settings, which a walk leaves alone.
+// Walks a tree as indexDirectory does, in the same order, and has the kernel
+// read each file an analyzer will read (up to the index's read limit), so
+// that its bytes are in the page cache when the walk gets there. It stays at
+// most filesAhead files ahead of the walk, reports nothing, changes nothing
+// and only reads the index's patterns and settings, which a walk leaves alone.
 class CReadAhead {
  public:
   CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
@@ -31,6 +30,7 @@ class CReadAhead {
   void walk(const std::string &folder);
   // Waits until the walk is near enough; false once stopping.
   bool mayReadNext();
+  // Asks for the bytes of the file name in the open folder.
   void readFile(int folder, const std::string &name);
 
   const CKurvoIndex &m_index;
@@ -42,6 +42,5 @@ class CReadAhead {
   uint64_t m_filesDone = 0;
   bool m_waiting = false;
   std::atomic<bool> m_stopping{false};
-  std::vector<char> m_buffer;
   std::thread m_thread;
 };
