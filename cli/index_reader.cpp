@@ -147,7 +147,7 @@ std::vector<std::pair<uint32_t, std::string>> IndexReader::matchingWords(const s
       if (text && kidxDoesWordMatch(m_index, text, term.c_str())) out.emplace_back(w, text);
     };
     std::vector<uint32_t> candidates;
-    if (wordsWithPrefix(term.substr(0, term.find_first_of("*?")), candidates)) {
+    if (wordsWithPrefix(literalPrefix(term), candidates)) {
       for (uint32_t w : candidates) take(w);
     } else {
       for (uint32_t w = ktsGetFirst(words); w != 0; w = ktsGetNext(words, w)) take(w);

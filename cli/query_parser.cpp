@@ -24,7 +24,13 @@ std::string foldCase(const std::string &text) {
   return out;
 }
 
-bool hasWildcard(const std::string &term) { return term.find_first_of("*?") != std::string::npos; }
+namespace {
+constexpr const char *kWildcards = "*?";
+}  // namespace
+
+bool hasWildcard(const std::string &term) { return term.find_first_of(kWildcards) != std::string::npos; }
+
+std::string literalPrefix(const std::string &term) { return term.substr(0, term.find_first_of(kWildcards)); }
 
 namespace {
 

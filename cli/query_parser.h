@@ -51,6 +51,8 @@ void dropUnindexedParts(QueryNode &node, int minLength);
 std::string foldCase(const std::string &text);
 
 bool hasWildcard(const std::string &term);
+// The bytes of term before its first wildcard: every word it matches starts with them.
+std::string literalPrefix(const std::string &term);
 
 // The terms whose files count for a match (not those under an exclusion).
 std::vector<std::string> positiveTerms(const QueryNode &node);
