@@ -44,29 +44,31 @@ std::string kurvoHome() {
 IndexLocation locateIndex(const std::string &name, const std::string &storeOption) {
   IndexLocation loc;
   loc.home = kurvoHome();
+  // The settings of old versions and the lock sit beside the storage folder
+  // ("<dir>.lock") or in the named index's own folder ("<dir>/lock").
+  std::string beside;
   if (!storeOption.empty()) {
-    std::string dir = absoluteFolder(storeOption);
+    const std::string dir = absoluteFolder(storeOption);
     // The library finds its skip folder three levels above the storage
     // folder, so the path needs that many levels.
     if (countSlashes(dir) < 3) {
       throw HostError("the storage folder " + dir + " must lie at least three folders deep (like /a/b/c/store)");
     }
     loc.storeDir = dir + "/";
-    loc.settingsPath = loc.storeDir + "settings.json";
-    loc.legacySettingsPath = dir + ".settings.json";
-    loc.lockPath = dir + ".lock";
     loc.name = dir;
-    return loc;
+    beside = dir + ".";
+  } else {
+    if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
+      throw HostError("the index name \"" + name + "\" is not valid (use letters, digits, '-' or '_')");
+    }
+    const std::string dir = loc.home + "/indexes/" + name;
+    loc.storeDir = dir + "/store/";
+    loc.name = name;
+    beside = dir + "/";
   }
-  if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") {
-    throw HostError("the index name \"" + name + "\" is not valid (use letters, digits, '-' or '_')");
-  }
-  std::string dir = loc.home + "/indexes/" + name;
-  loc.storeDir = dir + "/store/";
   loc.settingsPath = loc.storeDir + "settings.json";
-  loc.legacySettingsPath = dir + "/settings.json";
-  loc.lockPath = dir + "/lock";
-  loc.name = name;
+  loc.legacySettingsPath = beside + "settings.json";
+  loc.lockPath = beside + "lock";
   return loc;
 }
 
