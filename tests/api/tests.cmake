@@ -11,9 +11,8 @@ add_test(NAME kurvo_c_api COMMAND kurvo_c_api_test ${CMAKE_CURRENT_BINARY_DIR}/t
 
 # The library exports exactly the functions kurvo.h declares.
 add_test(NAME kurvo_exported_symbols
-  COMMAND ${CMAKE_COMMAND} -DLIBRARY=$<TARGET_FILE:kurvo>
-          -DHEADER=${PROJECT_SOURCE_DIR}/include/kurvo.h -DNM=${CMAKE_NM}
-          -P ${CMAKE_CURRENT_LIST_DIR}/exported_symbols.cmake)
+  COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/exported_symbols.sh $<TARGET_FILE:kurvo>
+          ${PROJECT_SOURCE_DIR}/include/kurvo.h ${CMAKE_NM})
 
 # An installation into a scratch prefix serves a consumer through pkg-config
 # and through find_package. A sanitized library cannot be loaded by a plain

@@ -46,8 +46,6 @@ expect_status 1 "the stuck converter's file has no words"
 kurvo search 'caf*'
 expect_contains "$D/letter.mac" "Mac Roman words"
 
-kurvo search 'pumpkins AND harbour'
-expect_status 1 "two PDFs, no file with both"
 kurvo search 'zucchini'
 expect_out "$D/garden-libreoffice.rtf
 $D/report-pdflatex.pdf" "PDF words beside RTF words"
@@ -60,17 +58,9 @@ expect_status 1 "what lies past a stream's bound is left out"
 case "$ERR" in *bomb.pdf*) fail "a cut PDF is only said with --verbose" ;; esac
 kurvo show "$D/invoice-ps2pdf.pdf" lighthouse
 expect_contains "Second page: lighthouse maintenance" "PDF display"
-kurvo show --outline "$D/report-pdflatex.pdf" pumpkins
-expect_contains "pumpkins" "PDF outline"
 kurvo index "$D" --verbose --converter-timeout 2 --include '*.up=lower' '*.slow=slow' '*.mac=macroman'
 case "$ERR" in *"$D/bomb.pdf inflates to more than kurvo reads from one PDF"*) ;; *) fail "--verbose names the cut PDF" ;; esac
 
-kurvo show "$D/cafe.html" croissant
-expect_contains "croissant" "HTML display"
-expect_lacks "secretvariable" "scripts are not shown"
-kurvo show "$D/garden-libreoffice.rtf"
-expect_contains "au lait for breakfast" "RTF display"
-expect_lacks "Liberation" "font table not shown"
 kurvo show "$D/\$(touch HACKED).up"
 expect_contains "shout loudly" "converted display"
 [ ! -e "$D/HACKED" ] && [ ! -e HACKED ] || fail "showing ran a command"
