@@ -76,7 +76,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
     }
     if (options.json) {
       json item = {{"score", r.score}, {"size", record.size}, {"modified", isoTime(unixFromMac(record.macTime))}};
-      putPath(item, "path", r.path);
+      putPath(item, "path", std::string(r.path));
       if (options.outline) item["lines"] = splitLines(asUtf8(outline));
       if (!outlineError.empty()) item["error"] = outlineError;
       jsonResults.push_back(item);

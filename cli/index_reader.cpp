@@ -97,18 +97,17 @@ constexpr uint32_t kRemovedFile = 1;
 }  // namespace
 
 bool IndexReader::foundUnderItsName(uint32_t record) {
-  auto known = m_found.find(record);
-  if (known != m_found.end()) return known->second;
   const FileRecord &r = *this->record(record);
+  if (r.found >= 0) return r.found != 0;
   uint32_t found = 0;
   callLibrary([&] { found = kfsLookupFile(kidxGetFiles(m_index), r.name.c_str(), r.parent); });
   // Names differing only in case share a lookup: the first of them answers.
   const FileRecord *other = found ? this->record(found) : nullptr;
   bool ok =
       found == record || (other && other->parent == r.parent && strcasecmp(other->name.c_str(), r.name.c_str()) == 0);
-  m_found[record] = ok;  // before the parents, so a looping chain ends
+  r.found = ok;  // before the parents, so a looping chain ends
   if (ok && r.parent != 0) ok = this->record(r.parent) && foundUnderItsName(r.parent);
-  m_found[record] = ok;
+  r.found = ok;
   return ok;
 }
 

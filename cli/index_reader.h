@@ -64,7 +64,6 @@ class IndexReader {
   RecordTable m_records;
   bool m_allLoaded = false;
   RecordPaths m_paths{m_records};
-  std::unordered_map<uint32_t, bool> m_found;
   std::vector<std::string> m_topFolders;
 };
 

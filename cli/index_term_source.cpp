@@ -14,7 +14,7 @@ namespace kurvo_cli {
 
 ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
   ScoredFiles out;
-  std::vector<std::pair<uint32_t, uint64_t>> forWord;
+  ScoredFiles forWord;
   for (const auto &word : m_reader.matchingWords(term)) {
     forWord.clear();
     for (const WordFile &wf : m_reader.filesOfWord(word.first)) {
@@ -23,14 +23,10 @@ ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
     // One word lists a file once; should a damaged list repeat it, the
     // highest count stands (the last of a file's pairs once sorted).
     std::sort(forWord.begin(), forWord.end());
-    const bool first = out.empty();
-    for (size_t i = 0; i < forWord.size(); ++i) {
-      if (i + 1 < forWord.size() && forWord[i + 1].first == forWord[i].first) continue;
-      if (first)
-        out.emplace_hint(out.end(), forWord[i]);
-      else
-        out[forWord[i].first] += forWord[i].second;
-    }
+    auto last =
+        std::unique(forWord.rbegin(), forWord.rend(), [](const auto &a, const auto &b) { return a.first == b.first; });
+    forWord.erase(forWord.begin(), last.base());
+    out = mergeScores(out, forWord);
   }
   return out;
 }

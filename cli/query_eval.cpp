@@ -2,6 +2,7 @@
 #include "query_eval.h"
 
 #include <algorithm>
+#include <map>
 
 namespace kurvo_cli {
 
@@ -29,7 +30,7 @@ class Evaluator {
 
  private:
   // Each term is looked up once per query, however often it appears.
-  const ScoredFiles &term(const std::string &text) {
+  ScoredFiles term(const std::string &text) {
     auto it = m_terms.find(text);
     if (it == m_terms.end()) it = m_terms.emplace(text, m_source.filesForTerm(text)).first;
     return it->second;
@@ -37,9 +38,7 @@ class Evaluator {
 
   ScoredFiles either(const QueryNode &node) {
     ScoredFiles out;
-    for (const QueryNode &child : node.children) {
-      for (const auto &[file, score] : eval(child)) out[file] += score;
-    }
+    for (const QueryNode &child : node.children) out = mergeScores(out, eval(child));
     return out;
   }
 
@@ -59,7 +58,7 @@ class Evaluator {
     }
     for (const QueryNode &child : node.children) {
       if (child.kind != QueryKind::Exclude) continue;
-      for (const auto &entry : eval(child)) out.erase(entry.first);
+      out = without(out, eval(child));
       if (out.empty()) break;
     }
     return out;
@@ -67,20 +66,28 @@ class Evaluator {
 
   ScoredFiles near(const QueryNode &node) {
     ScoredFiles out = all(node);
-    for (auto it = out.begin(); it != out.end();) {
-      if (m_source.confirmNear(it->first, node))
-        ++it;
-      else
-        it = out.erase(it);
-    }
+    out.erase(std::remove_if(out.begin(), out.end(),
+                             [&](const auto &entry) { return !m_source.confirmNear(entry.first, node); }),
+              out.end());
     return out;
   }
 
   static ScoredFiles intersect(const ScoredFiles &a, const ScoredFiles &b) {
     ScoredFiles out;
+    auto j = b.begin();
     for (const auto &[file, score] : a) {
-      auto it = b.find(file);
-      if (it != b.end()) out.emplace(file, score + it->second);
+      while (j != b.end() && j->first < file) ++j;
+      if (j != b.end() && j->first == file) out.emplace_back(file, score + j->second);
+    }
+    return out;
+  }
+
+  static ScoredFiles without(const ScoredFiles &a, const ScoredFiles &b) {
+    ScoredFiles out;
+    auto j = b.begin();
+    for (const auto &entry : a) {
+      while (j != b.end() && j->first < entry.first) ++j;
+      if (j == b.end() || j->first != entry.first) out.push_back(entry);
     }
     return out;
   }
@@ -90,6 +97,24 @@ class Evaluator {
 };
 
 }  // namespace
+
+ScoredFiles mergeScores(const ScoredFiles &a, const ScoredFiles &b) {
+  if (a.empty()) return b;
+  ScoredFiles out;
+  out.reserve(a.size() + b.size());
+  auto i = a.begin(), j = b.begin();
+  while (i != a.end() || j != b.end()) {
+    if (j == b.end() || (i != a.end() && i->first < j->first)) {
+      out.push_back(*i++);
+    } else if (i == a.end() || j->first < i->first) {
+      out.push_back(*j++);
+    } else {
+      out.emplace_back(i->first, i->second + j->second);
+      ++i, ++j;
+    }
+  }
+  return out;
+}
 
 ScoredFiles evaluateQuery(const QueryNode &query, TermSource &source) { return Evaluator(source).eval(query); }
 

@@ -2,17 +2,22 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "query_parser.h"
 
 namespace kurvo_cli {
 
-// File number -> score. A term's score in a file is its occurrence count
-// byte + 1 (summed over the index words a wildcard stands for).
-using ScoredFiles = std::map<uint32_t, uint64_t>;
+// (file number, score) pairs in file order, each file once. A term's score
+// in a file is its occurrence count byte + 1 (summed over the index words a
+// wildcard stands for).
+using ScoredFiles = std::vector<std::pair<uint32_t, uint64_t>>;
+
+// The files of a and of b, the scores of a file in both added.
+ScoredFiles mergeScores(const ScoredFiles &a, const ScoredFiles &b);
 
 class TermSource {
  public:
@@ -28,7 +33,7 @@ ScoredFiles evaluateQuery(const QueryNode &query, TermSource &source);
 struct RankedFile {
   uint32_t file;
   uint64_t score;
-  std::string path;
+  std::string_view path;  // held by whoever built it, for as long as the results are used
 };
 
 // Best score first, ties by path.

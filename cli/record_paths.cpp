@@ -11,25 +11,33 @@ const std::string kNoPath;
 
 }  // namespace
 
-std::string RecordPaths::buildPath(uint32_t number, int depth) {
+const std::string &RecordPaths::pathOf(uint32_t number, int depth) {
   auto it = m_records.find(number);
-  if (it == m_records.end() || it->second.deleted || depth > kMaxDepth) return {};
+  if (it == m_records.end() || it->second.deleted || depth > kMaxDepth) return kNoPath;
   const FileRecord &record = it->second;
-  if (record.parent == 0) return record.name;
+  if (record.pathBuilt) return record.path;
+  std::string path;
   auto parent = m_records.find(record.parent);
-  if (parent == m_records.end()) return {};
-  std::string base = buildPath(record.parent, depth + 1);
-  if (base.empty()) return {};
-  if (parent->second.parent != 0) return base + "::" + record.name;  // archive member
-  return base.back() == '/' ? base + record.name : base + "/" + record.name;
+  if (record.parent == 0) {
+    path = record.name;
+  } else if (parent != m_records.end()) {
+    // Cached, so the folders and containers of many files are built once.
+    const std::string &base = pathOf(record.parent, depth + 1);
+    if (!base.empty()) {
+      const char *separator = parent->second.parent != 0 ? "::" : base.back() == '/' ? "" : "/";
+      path.reserve(base.size() + 2 + record.name.size());
+      path.append(base).append(separator).append(record.name);
+    }
+  }
+  record.path = std::move(path);
+  record.pathBuilt = true;
+  return record.path;
 }
 
 const std::string &RecordPaths::filePath(uint32_t record) {
-  auto cached = m_paths.find(record);
-  if (cached != m_paths.end()) return cached->second;
   auto it = m_records.find(record);
   if (it == m_records.end() || it->second.parent == 0) return kNoPath;
-  return m_paths.emplace(record, buildPath(record, 0)).first->second;
+  return pathOf(record, 0);
 }
 
 uint32_t RecordPaths::findFile(const std::string &path) {

@@ -13,6 +13,11 @@ struct FileRecord {
   double macTime = 0;  // seconds since 1904
   uint32_t size = 0;
   bool deleted = false;
+  // Worked out once, when first asked for: the record's path (empty where
+  // it has none) and whether the file table finds it under its name.
+  mutable bool pathBuilt = false;
+  mutable signed char found = -1;  // -1 not yet asked
+  mutable std::string path;
 };
 
 using RecordTable = std::unordered_map<uint32_t, FileRecord>;
@@ -31,10 +36,10 @@ class RecordPaths {
   uint32_t findFile(const std::string &path);
 
  private:
-  std::string buildPath(uint32_t record, int depth);
+  // Any record's path, a folder's too; empty where there is none.
+  const std::string &pathOf(uint32_t record, int depth);
 
   const RecordTable &m_records;
-  std::unordered_map<uint32_t, std::string> m_paths;
   std::unordered_map<std::string, uint32_t> m_byPath;
   bool m_byPathComplete = false;
 };

@@ -22,9 +22,8 @@ class FakeSource : public TermSource {
     ScoredFiles out;
     for (const auto &[word, files] : terms) {
       bool wild = term.back() == '*';
-      if (word == term || (wild && word.compare(0, term.size() - 1, term, 0, term.size() - 1) == 0)) {
-        for (const auto &[f, s] : files) out[f] += s;
-      }
+      if (word == term || (wild && word.compare(0, term.size() - 1, term, 0, term.size() - 1) == 0))
+        out = mergeScores(out, files);
     }
     return out;
   }
@@ -91,7 +90,7 @@ TEST(QueryEval, RankingIsScoreThenPath) {
   std::vector<RankedFile> r = {{1, 2, "/b"}, {2, 5, "/z"}, {3, 2, "/a"}, {4, 7, "/m"}};
   rankResults(r);
   std::vector<std::string> paths;
-  for (const RankedFile &f : r) paths.push_back(f.path);
+  for (const RankedFile &f : r) paths.emplace_back(f.path);
   EXPECT_EQ(paths, (std::vector<std::string>{"/m", "/z", "/a", "/b"}));
 }
 

@@ -8,19 +8,28 @@ using namespace kurvo_cli;
 namespace {
 
 RecordTable sampleTable() {
+  const struct {
+    uint32_t number, parent;
+    const char *name;
+  } rows[] = {{36, 0, "/docs"},
+              {60, 36, "notes.txt"},
+              {90, 36, "docs.zip"},
+              {120, 90, "inner.tar"},
+              {150, 120, "notes.txt"},
+              {180, 36, "\xFFld.txt"},   // deleted
+              {210, 180, "member.txt"},  // inside a deleted file
+              {240, 999, "orphan.txt"},  // parent unknown
+              {270, 0, "/"},
+              {300, 270, "top.txt"},
+              {330, 360, "loop-a"},
+              {360, 330, "loop-b"}};
   RecordTable t;
-  t[36] = {0, "/docs", 0, 0, false};
-  t[60] = {36, "notes.txt", 0, 10, false};
-  t[90] = {36, "docs.zip", 0, 10, false};
-  t[120] = {90, "inner.tar", 0, 10, false};
-  t[150] = {120, "notes.txt", 0, 10, false};
-  t[180] = {36, "\xFFld.txt", 0, 10, true};    // deleted
-  t[210] = {180, "member.txt", 0, 10, false};  // inside a deleted file
-  t[240] = {999, "orphan.txt", 0, 10, false};  // parent unknown
-  t[270] = {0, "/", 0, 0, false};
-  t[300] = {270, "top.txt", 0, 10, false};
-  t[330] = {360, "loop-a", 0, 0, false};
-  t[360] = {330, "loop-b", 0, 0, false};
+  for (const auto &r : rows) {
+    FileRecord &record = t[r.number];
+    record.parent = r.parent;
+    record.name = r.name;
+    record.deleted = r.name[0] == '\xFF';
+  }
   return t;
 }
 
@@ -51,7 +60,8 @@ TEST(RecordPaths, FindsLiveFilesByPath) {
   // A file indexed again is found under its new record, not the deleted one.
   t[60].deleted = true;
   t[60].name[0] = '\xFF';
-  t[400] = {36, "notes.txt", 0, 12, false};
+  t[400].parent = 36;
+  t[400].name = "notes.txt";
   EXPECT_EQ(RecordPaths(t).findFile("/docs/notes.txt"), 400u);
 }
 
