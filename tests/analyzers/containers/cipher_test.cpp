@@ -81,9 +81,9 @@ TEST(Hex, UpperCaseOutEitherCaseInAndNonDigitsNotRejected) {
   const struct {
     char high, low;
     unsigned char expected;
-  } cases[] = {{'0', 'g', 16},    // 'g' counts on from 'f'
-               {'g', '0', 0},     // 16 * 16 cut to 8 bits
-               {'1', 'G', 0x20},  // the low digit is lower-cased first
+  } cases[] = {{'0', 'g', 16},                                           // 'g' counts on from 'f'
+               {'g', '0', 0},                                            // 16 * 16 cut to 8 bits
+               {'1', 'G', 0x20},                                         // the low digit is lower-cased first
                {'0', '.', static_cast<unsigned char>('.' - 'a' + 10)}};  // a negative nibble wraps
   for (const auto &c : cases) {
     fromhex(c.high, c.low, out);
