@@ -352,6 +352,40 @@ int indexRun(const GlobalOptions &global, const IndexLocation &loc, Settings set
   return completeRun(swap, loc, settings, summary, startedAt, global);
 }
 
+// An update that would find nothing to do leaves the store as it is (no
+// copy, nothing rewritten) and records only the run in the settings. Asked
+// of the stored index itself, with the rules pruning uses; anything found
+// (a change, a folder out of reach, damage) sends the update the usual way.
+bool updatedInPlace(const GlobalOptions &global, const IndexLocation &loc, Settings &settings) {
+  const auto start = std::chrono::steady_clock::now();
+  const int64_t startedAt = unixNow();
+  RunSummary summary;
+  int changes = -1;
+  try {
+    IndexSession session(loc.storeDir, false);
+    void *index = session.handle();
+    kidxSetExactUpdates(index, 1);
+    kidxSetTimeBase(index, macFromUnix(settings.timeBase));
+    kidxSetReportFolder(index, std::filesystem::path(loc.settingsPath).parent_path().parent_path().c_str());
+    resetCounters(index);
+    changes = kidxHasChanges(index);
+    summary = readCounters(index, "update", start);
+  } catch (const HostError &) {
+  }
+  // What went wrong here is met again, and said, by the usual run.
+  clearLibraryMessages();
+  clearLibraryNotices();
+  if (changes != 0) return false;
+  settings.timeBase = startedAt - 1;
+  settings.finishedAt = unixNow();
+  settings.lastRun = summary;
+  saveSettings(loc.settingsPath, settings);
+  std::error_code ignored;
+  std::filesystem::remove(loc.legacySettingsPath, ignored);
+  printSummary(summary, global);
+  return true;
+}
+
 // Folders to add that the index does not cover yet.
 std::vector<std::string> foldersToAdd(const std::vector<std::string> &given, const Settings &settings,
                                       const GlobalOptions &global) {
@@ -411,7 +445,9 @@ int runUpdate(const GlobalOptions &global) {
   if (!indexExists(loc)) {
     throw HostError("there is no index \"" + loc.name + "\" yet; build it with: kurvo index FOLDER");
   }
-  return indexRun(global, loc, loadSettings(settingsToRead(loc)), true, {});
+  Settings settings = loadSettings(settingsToRead(loc));
+  if (!global.verbose && updatedInPlace(global, loc, settings)) return kExitFound;
+  return indexRun(global, loc, settings, true, {});
 }
 
 }  // namespace kurvo_cli

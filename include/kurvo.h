@@ -306,6 +306,15 @@ KURVO_API void kidxIndexDirectory(void *index, const char *folderPath, unsigned 
  * Makes the tables writable. CAUGHT. */
 KURVO_API void kidxPrune(void *index);
 
+/* Beyond the classic behaviour: whether kidxPrune would find anything to do,
+ * by its own rules (with the time base, exact updates and kept folders as
+ * set): 1 when a recorded file or folder has vanished or changed, 0 when none
+ * has. Stops at the first change; reads the disk and changes nothing, so a
+ * host can leave an index nothing has overtaken as it is. CAUGHT: -1 on a
+ * broken file table ("AssertionFailed", then "PruneParentError" as for
+ * kidxPrune). */
+KURVO_API int kidxHasChanges(void *index);
+
 /* Turn the word-link list into one file list per word and delete the word-link
  * file. CAUGHT; after an error the index holds no tables and must be reopened. */
 KURVO_API void kidxCompressLinks(void *index);

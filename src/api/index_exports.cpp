@@ -77,6 +77,12 @@ KURVO_API void kidxPrune(void *index) {
   caught([&] { asIndex(index)->prune(); });
 }
 
+KURVO_API int kidxHasChanges(void *index) {
+  int answer = -1;
+  caught([&] { answer = asIndex(index)->hasChanges() ? 1 : 0; });
+  return answer;
+}
+
 KURVO_API void kidxCompressLinks(void *index) {
   caught([&] { asIndex(index)->compressLinks(); });
 }

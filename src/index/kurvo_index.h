@@ -73,8 +73,15 @@ class CKurvoIndex {
   void indexDirectory(const char *folderPath, uint32_t parentId);
   void updateDirectory(const char *folderPath, uint32_t folderId);
   void prune();
+  // Beyond the classic behaviour: whether prune would find a record that
+  // vanished or changed; stops at the first one and changes nothing.
+  bool hasChanges();
   std::string prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched);
   void refreshChangedFile(uint32_t record, const std::string &path, const struct stat &info);
+  enum class PruneAction { None, Drop, Refresh };
+  // What prune does with one record; path and info are filled for Refresh.
+  PruneAction pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched, std::string &path,
+                          struct stat &info);
   void compressLinks();
   // Beyond the classic behaviour: one block per word without removed files,
   // in a new "links" that replaces the old one only once it is complete.

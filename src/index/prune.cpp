@@ -110,6 +110,8 @@ void CKurvoIndex::prune() {
   uint32_t visited = 0;
   uint32_t lastParentFetched = 0;
 
+  std::string path;
+  struct stat info;
   for (uint32_t record = files->getFirst(); record && record < recordLimit; record = files->getNext(record)) {
     ++visited;
     // Formatted only when a report is due: most records pass without one.
@@ -117,23 +119,39 @@ void CKurvoIndex::prune() {
 
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    if (file_record::isObsolete(data)) continue;
-    const std::string path = prunedPath(record, data, lastParentFetched);
-    if (path.empty() || isKept(keptFolders, path)) continue;
-
-    struct stat info;
-    if (stat(path.c_str(), &info) != 0) {
+    const PruneAction action = pruneAction(record, data, lastParentFetched, path, info);
+    if (action == PruneAction::Drop) {
       file_record::markObsolete(files->getData(record));
-      continue;
-    }
-    const int32_t modified = static_cast<int32_t>(info.st_mtime);
-    const bool changed = modified > TimeBase || (ExactUpdates && differsFromRecord(data, info));
-    if (file_record::parent(data) == 0) {
-      if (changed) updateDirectory(path.c_str(), record);
+    } else if (action == PruneAction::Refresh && file_record::parent(data) == 0) {
+      updateDirectory(path.c_str(), record);
       // Remembered, so that the folder is walked again only when it changes.
-      if (changed && ExactUpdates) file_record::setTime(files->getData(record), modified);
-      continue;
+      if (ExactUpdates) file_record::setTime(files->getData(record), static_cast<int32_t>(info.st_mtime));
+    } else if (action == PruneAction::Refresh) {
+      refreshChangedFile(record, path, info);
     }
-    if (changed) refreshChangedFile(record, path, info);
   }
+}
+
+CKurvoIndex::PruneAction CKurvoIndex::pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched,
+                                                  std::string &path, struct stat &info) {
+  if (file_record::isObsolete(data)) return PruneAction::None;
+  path = prunedPath(record, data, lastParentFetched);
+  if (path.empty() || isKept(keptFolders, path)) return PruneAction::None;
+  if (stat(path.c_str(), &info) != 0) return PruneAction::Drop;
+  const bool changed =
+      static_cast<int32_t>(info.st_mtime) > TimeBase || (ExactUpdates && differsFromRecord(data, info));
+  return changed ? PruneAction::Refresh : PruneAction::None;
+}
+
+bool CKurvoIndex::hasChanges() {
+  if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  uint32_t lastParentFetched = 0;
+  std::string path;
+  struct stat info;
+  for (uint32_t record = files->getFirst(); record; record = files->getNext(record)) {
+    const char *data = files->getData(record);
+    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    if (pruneAction(record, data, lastParentFetched, path, info) != PruneAction::None) return true;
+  }
+  return false;
 }

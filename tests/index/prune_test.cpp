@@ -1,6 +1,7 @@
 // Pruning: vanished, changed and unchanged records, folder updates and broken parents.
 
 #include <cstring>
+#include <functional>
 
 #include "report/message_keys.h"
 #include "test_support.h"
@@ -146,4 +147,38 @@ TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {
   const std::string report = tmp.read("deadkurvo.txt");
   EXPECT_EQ(report.compare(0, std::strlen(head), head), 0) << report;
   EXPECT_EQ(report.back(), '\n');
+}
+
+TEST_F(Prune, HasChangesSaysWhetherPruningWouldFindAnythingAndChangesNothing) {
+  const struct {
+    const char *what;
+    std::function<void()> change;
+    bool exact, expected;
+  } cases[] = {
+      {"nothing", [] {}, true, false},
+      {"a file at the time base", [this] { put("f.txt", "changed words\n", kBase); }, false, false},
+      {"a newer file", [this] { setMTime(top + "/f.txt", kBase + 1); }, false, true},
+      {"an older file of another size", [this] { put("f.txt", "older\n", kBase - 200); }, true, true},
+      {"the same, without exact updates", [this] { put("f.txt", "older\n", kBase - 200); }, false, false},
+      {"a vanished file, its folder's time kept",
+       [this] {
+         std::filesystem::remove(top + "/still/t.txt");
+         touchFolders(kBase - 100, kBase - 100, kBase - 100);
+       },
+       false, true},
+      {"a newer folder", [this] { touchFolders(kBase - 100, kBase + 2, kBase - 100); }, false, true},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.what);
+    SetUp();
+    build();
+    index->ExactUpdates = c.exact;
+    c.change();
+    const auto before = records();
+    EXPECT_EQ(index->hasChanges(), c.expected);
+    const auto after = records();
+    ASSERT_EQ(after.size(), before.size());
+    for (const auto &[key, record] : before) EXPECT_EQ(after.at(key).time, record.time) << key;
+    index.reset();
+  }
 }
