@@ -31,6 +31,21 @@ std::string outlineOf(ReadingSession &rs, uint32_t record, const std::string &vi
   return view.text();
 }
 
+// One path a line, written in large pieces: a common word can have many
+// thousands of files.
+void printPaths(const std::vector<RankedFile> &results) {
+  std::string out;
+  out.reserve(1 << 16);
+  for (const RankedFile &r : results) {
+    out.append(r.path).push_back('\n');
+    if (out.size() >= (1 << 16) - 4096) {
+      std::cout.write(out.data(), static_cast<std::streamsize>(out.size()));
+      out.clear();
+    }
+  }
+  std::cout.write(out.data(), static_cast<std::streamsize>(out.size()));
+}
+
 std::vector<std::string> splitLines(const std::string &text) {
   std::vector<std::string> lines;
   size_t start = 0;
@@ -59,6 +74,10 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   size_t total = results.size();
   if (options.limit > 0 && results.size() > static_cast<size_t>(options.limit)) results.resize(options.limit);
 
+  if (!options.json && !options.outline) {
+    printPaths(results);
+    return total > 0 ? kExitFound : kExitNothing;
+  }
   std::string viewerText = viewerQuery(query);
   bool colour = colourOutput();
   json jsonResults = json::array();

@@ -119,7 +119,7 @@ const std::string &IndexReader::checkedPath(uint32_t record) {
     known = this->record(parent);
     if (parent >= r || !known) throw damaged("a file's folder is no earlier record");
   }
-  const std::string &path = filePath(record);
+  const std::string &path = m_paths.filePath(record);  // its chain is read now
   if (path.empty()) return path;
   if (!foundUnderItsName(record)) throw damaged("the file table does not find " + path);
   bool inside = m_topFolders.empty();

@@ -11,18 +11,16 @@ const std::string kNoPath;
 
 }  // namespace
 
-const std::string &RecordPaths::pathOf(uint32_t number, int depth) {
-  auto it = m_records.find(number);
-  if (it == m_records.end() || it->second.deleted || depth > kMaxDepth) return kNoPath;
-  const FileRecord &record = it->second;
+const std::string &RecordPaths::pathOf(const FileRecord &record, int depth) {
+  if (record.deleted || depth > kMaxDepth) return kNoPath;
   if (record.pathBuilt) return record.path;
   std::string path;
-  auto parent = m_records.find(record.parent);
+  auto parent = record.parent == 0 ? m_records.end() : m_records.find(record.parent);
   if (record.parent == 0) {
     path = record.name;
   } else if (parent != m_records.end()) {
     // Cached, so the folders and containers of many files are built once.
-    const std::string &base = pathOf(record.parent, depth + 1);
+    const std::string &base = pathOf(parent->second, depth + 1);
     if (!base.empty()) {
       const char *separator = parent->second.parent != 0 ? "::" : base.back() == '/' ? "" : "/";
       path.reserve(base.size() + 2 + record.name.size());
@@ -37,7 +35,7 @@ const std::string &RecordPaths::pathOf(uint32_t number, int depth) {
 const std::string &RecordPaths::filePath(uint32_t record) {
   auto it = m_records.find(record);
   if (it == m_records.end() || it->second.parent == 0) return kNoPath;
-  return pathOf(record, 0);
+  return pathOf(it->second, 0);
 }
 
 uint32_t RecordPaths::findFile(const std::string &path) {

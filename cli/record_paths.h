@@ -37,7 +37,7 @@ class RecordPaths {
 
  private:
   // Any record's path, a folder's too; empty where there is none.
-  const std::string &pathOf(uint32_t record, int depth);
+  const std::string &pathOf(const FileRecord &record, int depth);
 
   const RecordTable &m_records;
   std::unordered_map<std::string, uint32_t> m_byPath;
