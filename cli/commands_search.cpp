@@ -69,6 +69,7 @@ int runSearch(const GlobalOptions &global, const SearchOptions &options) {
   IndexTermSource source(*rs.reader, wordCharactersOf(o), o.ranking, static_cast<unsigned>(o.maxFileRead), o.proximity);
   ScoredFiles scored = evaluateQuery(query, source);
   std::vector<RankedFile> results;
+  results.reserve(scored.size());
   for (const auto &[file, score] : scored) results.push_back({file, score, rs.reader->checkedPath(file)});
   rankResults(results);
   size_t total = results.size();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -61,7 +62,9 @@ class IndexReader {
   bool foundUnderItsName(uint32_t record);
 
   void *m_index;
-  RecordTable m_records;
+  // Records live as long as the reader and go all at once with it.
+  std::pmr::monotonic_buffer_resource m_arena;
+  RecordTable m_records{&m_arena};
   bool m_allLoaded = false;
   RecordPaths m_paths{m_records};
   std::vector<std::string> m_topFolders;

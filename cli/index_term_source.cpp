@@ -16,8 +16,10 @@ ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
   ScoredFiles out;
   ScoredFiles forWord;
   for (const auto &word : m_reader.matchingWords(term)) {
+    const std::vector<WordFile> files = m_reader.filesOfWord(word.first);
     forWord.clear();
-    for (const WordFile &wf : m_reader.filesOfWord(word.first)) {
+    forWord.reserve(files.size());
+    for (const WordFile &wf : files) {
       if (m_reader.isLiveFile(wf.file)) forWord.push_back({wf.file, m_ranking ? wf.countByte + 1u : 1u});
     }
     // One word lists a file once; should a damaged list repeat it, the

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <memory_resource>
 #include <unordered_map>
 
 namespace kurvo_cli {
@@ -20,7 +21,8 @@ struct FileRecord {
   mutable std::string path;
 };
 
-using RecordTable = std::unordered_map<uint32_t, FileRecord>;
+// Polymorphic, so that a reader can keep its records in an arena of its own.
+using RecordTable = std::pmr::unordered_map<uint32_t, FileRecord>;
 
 // Folder records (parent 0) hold their full path; a file's path is its
 // folder's path, "/" and its name; an archive member's is its container's
