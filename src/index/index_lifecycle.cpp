@@ -16,7 +16,7 @@ void CKurvoIndex::emptyIndex() {
   files = nullptr;
   delete words;
   words = nullptr;
-  wordOrder.reset();
+  forgetWordOrder();
   delete links;
   links = nullptr;
 
@@ -34,6 +34,13 @@ void CKurvoIndex::emptyIndex() {
       new CTextStorage(storagePath + "words", table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);
   // Make the first progress report of the run due at once.
   lastStatusTime = std::time(nullptr) - 2;
+}
+
+void CKurvoIndex::forgetWordOrder() {
+  // An order beside new tables describes the ones they replace: an update
+  // would take it for the start of this table's order.
+  wordOrder.reset();
+  std::remove((storagePath + "wordorder").c_str());
 }
 
 void CKurvoIndex::newFileLinks() {
@@ -84,8 +91,9 @@ void CKurvoIndex::storeWordOrder(const std::string &folder) {
   if (!words) throwKurvoError(kurvo_keys::kAssertionFailed, "");
   // An order that still fits (no word was added since it was written) stays.
   const std::string path = folder + "wordorder";
-  if (CWordOrder(path).usable(*words)) return;
-  writeWordOrder(*words, path);
+  const CWordOrder earlier(path);
+  if (earlier.usable(*words)) return;
+  writeWordOrder(*words, path, earlier);
   wordOrder.reset();  // read again on first use
 }
 

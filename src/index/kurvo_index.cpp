@@ -66,6 +66,7 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath) : storageP
   const std::string linksName = storagePath + "links";
 
   if (create) {
+    forgetWordOrder();
     try {
       files = new CFileStorage(filesName, 1000);
       words = new CTextStorage(wordsName, table_sizes::kWords.initial, table_sizes::kWords.increment, 16, 40000);

@@ -125,6 +125,7 @@ class CKurvoIndex {
   CFileLinks *links = nullptr;
   CWordLinks *wordLinks = nullptr;
   std::unique_ptr<CWordOrder> wordOrder;  // read by the first wordsWithPrefix
+  void forgetWordOrder();
 
   // Settings and counters.
   int32_t UseRanking = 1;

@@ -1,7 +1,9 @@
 // Turning the word links of a run into one new file-list block per word.
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "report/message_keys.h"
 #include "report/reporting.h"
@@ -38,44 +40,66 @@ std::unordered_map<uint32_t, uint32_t> slotsOfRun(CKurvoIndex &index) {
   return slots;
 }
 
-// First pass: a block of E + 1 entries and a next-list word for every word
-// seen in more than one file, chained in front of its older blocks. The list
-// position starts at the top slot, which stays 0 and ends the block. With
-// SizedListBlocks a block has room for the files this run adds and a word
-// that adds none gets no block; for a first build the two are the same.
-void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
-  std::unordered_map<uint32_t, uint32_t> slots;
-  if (index.SizedListBlocks) {
-    slots = slotsOfRun(index);
-    // No word gained a file: there is nothing to lay out, nor to count.
-    if (slots.empty()) return;
+// A word's new block: room for earlier files and the top slot, which stays 0
+// and ends the block, then the next-list word, chained in front of the
+// word's older blocks. The list position starts at the top slot.
+void placeBlock(CFileLinks &fileLinks, char *data, uint32_t earlier, uint32_t entrySize) {
+  const uint64_t blockSize = static_cast<uint64_t>(entrySize) * (earlier + 1) + 4;
+  if (blockSize > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(blockSize));
+  const uint32_t nextList = fileLinks.getSpace(static_cast<uint32_t>(blockSize)) + static_cast<uint32_t>(blockSize) - 4;
+  const uint32_t previous = load32(data + word_data::kListPosition);
+  if (previous) fileLinks.setNextList(nextList, previous);
+  store32(data + word_data::kListPosition, nextList - entrySize);
+}
+
+// Reports the share of a pass done, every five percent of its items.
+class PassProgress {
+ public:
+  PassProgress(const CKurvoIndex &index, size_t items) : m_show(index.ShowStatus != 0), m_step(items * 5 / 100) {}
+  void next() {
+    if (++m_sinceReport > m_step && m_show) {
+      m_percent += 5;
+      setStatus(kurvo_keys::kCountingCompress, std::to_string(m_percent));
+      m_sinceReport = 0;
+    }
   }
-  const uint32_t step = (index.WordsIndexed * 5) / 100;
-  uint32_t sinceReport = step + 1;
-  int percent = -5;
+
+ private:
+  bool m_show;
+  size_t m_step;
+  size_t m_sinceReport = m_step + 1;
+  int m_percent = -5;
+};
+
+// First pass: a block for every word seen in more than one file, in the
+// order of the word table.
+void placeBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
+  PassProgress progress(index, index.WordsIndexed);
   CTextStorage &words = *index.words;
   for (uint32_t word = words.getFirst(); word; word = words.getNext(word)) {
-    if (++sinceReport > step && index.ShowStatus) {
-      percent += 5;
-      setStatus(kurvo_keys::kCountingCompress, std::to_string(percent));
-      sinceReport = 0;
-    }
+    progress.next();
     // The walk has just found this entry's text.
     char *data = words.foundData(word);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    uint32_t earlier = load32(data + word_data::kEarlierFiles);
-    if (index.SizedListBlocks) {
-      auto it = slots.find(word);
-      earlier = it == slots.end() ? 0 : it->second;
-    }
-    if (earlier == 0) continue;
-    const uint64_t blockSize = static_cast<uint64_t>(entrySize) * (earlier + 1) + 4;
-    if (blockSize > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(blockSize));
-    const uint32_t nextList =
-        fileLinks.getSpace(static_cast<uint32_t>(blockSize)) + static_cast<uint32_t>(blockSize) - 4;
-    const uint32_t previous = load32(data + word_data::kListPosition);
-    if (previous) fileLinks.setNextList(nextList, previous);
-    store32(data + word_data::kListPosition, nextList - entrySize);
+    const uint32_t earlier = load32(data + word_data::kEarlierFiles);
+    if (earlier != 0) placeBlock(fileLinks, data, earlier, entrySize);
+  }
+}
+
+// The same with SizedListBlocks: a block has room for the files this run
+// adds, and a word that adds none gets none (for a first build the two are
+// the same). Only the words that get one are visited, in table order, so
+// the blocks lie where the walk over every word would put them.
+void placeSizedBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
+  const std::unordered_map<uint32_t, uint32_t> slots = slotsOfRun(index);
+  std::vector<std::pair<uint32_t, uint32_t>> ordered(slots.begin(), slots.end());
+  std::sort(ordered.begin(), ordered.end());
+  PassProgress progress(index, ordered.size());
+  for (const auto &[word, earlier] : ordered) {
+    progress.next();
+    char *data = index.words->recordedData(word);
+    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    placeBlock(fileLinks, data, earlier, entrySize);
   }
 }
 
@@ -114,7 +138,10 @@ void CKurvoIndex::compressLinks() {
 
   try {
     fileLinks->setGrowByRequest(GrowByRequest != 0);
-    placeBlocks(*this, *fileLinks, entrySize);
+    if (SizedListBlocks)
+      placeSizedBlocks(*this, *fileLinks, entrySize);
+    else
+      placeBlocks(*this, *fileLinks, entrySize);
     fillBlocks(*this, *fileLinks, entrySize);
   } catch (...) {
     // A half-built list is useless: drop every table the run touched. The

@@ -78,6 +78,12 @@ uint32_t CHashedStorage::getNext(uint32_t textOffset) const {
   return next < getUsed() ? static_cast<uint32_t>(next) : 0;
 }
 
+uint32_t CHashedStorage::entryAppendedAt(uint32_t usedBytes) const {
+  const uint64_t entry = static_cast<uint64_t>(usedBytes) + m_nPrefixSize;
+  if (usedBytes < kFirstEntry || entry >= getUsed()) return 0;
+  return textLength(static_cast<uint32_t>(entry)) == kNoText ? 0 : static_cast<uint32_t>(entry);
+}
+
 char *CHashedStorage::getText(uint32_t textOffset) const {
   if (textLength(textOffset) == kNoText) return nullptr;
   return getPointer(textOffset);

@@ -32,6 +32,8 @@ class CHashedStorage : public CFileMemory {
   // Walk every entry in the order added; 0 ends the walk.
   uint32_t getFirst() const;
   uint32_t getNext(uint32_t textOffset) const;
+  // The entry appended when the table held usedBytes, or 0 when there is none.
+  uint32_t entryAppendedAt(uint32_t usedBytes) const;
   // The entry's text, or null when it is out of range or unterminated.
   char *getText(uint32_t textOffset) const;
 

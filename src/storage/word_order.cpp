@@ -52,9 +52,8 @@ struct SortedWord {
   }
 };
 
-}  // namespace
-
-void writeWordOrder(const CTextStorage &words, const std::string &path) {
+// Every entry, sorted.
+std::vector<uint32_t> sortedOrder(const CTextStorage &words) {
   std::vector<SortedWord> sorted;
   sorted.reserve(words.getEntryCount());
   for (uint32_t w = words.getFirst(); w != 0; w = words.getNext(w)) {
@@ -62,9 +61,54 @@ void writeWordOrder(const CTextStorage &words, const std::string &path) {
     if (const char *text = words.getText(w)) sorted.emplace_back(text, w);
   }
   std::sort(sorted.begin(), sorted.end());
-  std::vector<uint32_t> entries = {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(sorted.size())};
-  entries.reserve(sorted.size() + kHeaderWords);
+  std::vector<uint32_t> entries;
+  entries.reserve(sorted.size());
   for (const SortedWord &word : sorted) entries.push_back(word.entry);
+  return entries;
+}
+
+// The earlier order with the words added since put in one by one, each
+// where a binary search finds its place: far less work than sorting again
+// when they are few. Empty when they are not few, or the words do not add up.
+std::vector<uint32_t> extendedOrder(const CTextStorage &words, const CWordOrder &earlier) {
+  if (!earlier.precedes(words)) return {};
+  const size_t count = earlier.size();
+  std::vector<SortedWord> added;
+  for (uint32_t w = words.entryAppendedAt(earlier.usedBytes()); w != 0; w = words.getNext(w)) {
+    const char *text = words.getText(w);
+    if (!text || (added.size() + 1) * 32 > count) return {};
+    added.emplace_back(text, w);
+  }
+  if (count + added.size() != words.getEntryCount()) return {};
+  std::sort(added.begin(), added.end());
+  std::vector<uint32_t> entries;
+  entries.reserve(count + added.size());
+  size_t next = 0;
+  for (const SortedWord &word : added) {
+    size_t low = next, high = count;
+    while (low < high) {
+      const size_t middle = low + (high - low) / 2;
+      const char *text = words.getText(earlier.entry(middle));
+      if (!text) return {};
+      if (SortedWord(text, 0) < word)
+        low = middle + 1;
+      else
+        high = middle;
+    }
+    for (; next < low; ++next) entries.push_back(earlier.entry(next));
+    entries.push_back(word.entry);
+  }
+  for (; next < count; ++next) entries.push_back(earlier.entry(next));
+  return entries;
+}
+
+}  // namespace
+
+void writeWordOrder(const CTextStorage &words, const std::string &path, const CWordOrder &earlier) {
+  std::vector<uint32_t> entries = extendedOrder(words, earlier);
+  if (entries.empty()) entries = sortedOrder(words);
+  const uint32_t header[] = {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(entries.size())};
+  entries.insert(entries.begin(), std::begin(header), std::end(header));
 
   const std::string newPath = path + ".new";
   FILE *file = std::fopen(newPath.c_str(), "wb");

@@ -11,11 +11,14 @@
 // Magic word at the start of a word order file.
 constexpr uint32_t kWordOrderMagic = 12380001;
 
+class CWordOrder;
+
 // Writes path: the magic word, the word table's used bytes and entry count,
 // then every entry in byte order of its text. The file is written beside
 // path and renamed over it, so a reader never sees half of it. Raises
-// "FileMapWriteFail" with path when it cannot be written.
-void writeWordOrder(const CTextStorage &words, const std::string &path);
+// "FileMapWriteFail" with path when it cannot be written. An earlier order of
+// the same table is extended by the words added since, when they are few.
+void writeWordOrder(const CTextStorage &words, const std::string &path, const CWordOrder &earlier);
 
 // A word order read back. It fits only the word table it was written for:
 // once a word is added, it is no longer usable.
@@ -30,6 +33,14 @@ class CWordOrder {
   bool usable(const CTextStorage &words) const {
     return m_usedBytes != 0 && m_usedBytes == words.getUsed() && m_count == words.getEntryCount();
   }
+  // Written for words before more were added: the table only grows, so its
+  // entries are still the table's first ones, in order.
+  bool precedes(const CTextStorage &words) const {
+    return m_usedBytes != 0 && m_usedBytes < words.getUsed() && m_count < words.getEntryCount();
+  }
+  size_t size() const { return m_count; }
+  uint32_t usedBytes() const { return m_usedBytes; }
+  uint32_t entry(size_t i) const { return load32(m_map + (3 + i) * 4); }
   // Appends the entries of words whose text begins with prefix, in order.
   // False when the order does not fit words, or when an entry it leads to is
   // no word or out of order (damage: the caller then walks every word).
@@ -38,8 +49,6 @@ class CWordOrder {
  private:
   // Index of the first entry whose text is not below prefix, or -1 on damage.
   int64_t lowerBound(CTextStorage &words, const std::string &prefix) const;
-
-  uint32_t entry(size_t i) const { return load32(m_map + (3 + i) * 4); }
 
   // The file mapped whole: a query touches only the pages its search visits.
   const char *m_map = nullptr;

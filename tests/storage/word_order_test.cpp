@@ -11,7 +11,7 @@ class WordOrder : public ::testing::Test {
  protected:
   void SetUp() override {
     for (const char *word : {"beta", "alpha", "alp", "b\xE9", "zeta", "al", "alpine"}) words.addText(word);
-    writeWordOrder(words, path);
+    writeWordOrder(words, path, CWordOrder(path));
   }
   // The texts beginning with prefix, or "none" when the order gives no answer.
   std::vector<std::string> withPrefix(const std::string &prefix) {
@@ -58,4 +58,25 @@ TEST_F(WordOrder, AStaleOrDamagedFileGivesNoAnswer) {
   writeFile(path, sound);
   words.addText("alpaca");
   EXPECT_EQ(withPrefix("al"), std::vector<std::string>{"none"}) << "a word added since";
+}
+
+TEST_F(WordOrder, AnOrderExtendedByTheWordsAddedSinceIsTheOrderWrittenAfresh) {
+  // Rounds of words added to the table: few (put in one by one) and many
+  // (sorted again), before, between and after the words there, and words
+  // alike in their first eight bytes.
+  const std::vector<std::vector<std::string>> rounds = {
+      {"alpaca"}, {"0first", "zzlast", "beta2"}, {"abcdefgh1", "abcdefgh0", "abcdefgh", "b\xE8"}, {}};
+  for (int i = 0; i < 2000; ++i) words.addText(("w" + std::to_string(i * 7919 % 2000)).c_str());
+  writeWordOrder(words, path, CWordOrder(path));
+  int serial = 0;
+  for (std::vector<std::string> round : rounds) {
+    if (round.empty())
+      for (int i = 0; i < 300; ++i) round.push_back("many" + std::to_string(i * 7919 % 1000));
+    for (const std::string &word : round) words.addText(word.c_str());
+    const std::string afresh = dir.file("afresh" + std::to_string(++serial));
+    writeWordOrder(words, afresh, CWordOrder(afresh));
+    writeWordOrder(words, path, CWordOrder(path));
+    EXPECT_EQ(readFile(path), readFile(afresh)) << serial;
+    EXPECT_TRUE(CWordOrder(path).usable(words));
+  }
 }
