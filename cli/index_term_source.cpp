@@ -19,9 +19,7 @@ ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
     const std::vector<WordFile> files = m_reader.filesOfWord(word.first);
     forWord.clear();
     forWord.reserve(files.size());
-    for (const WordFile &wf : files) {
-      if (m_reader.isLiveFile(wf.file)) forWord.push_back({wf.file, m_ranking ? wf.countByte + 1u : 1u});
-    }
+    for (const WordFile &wf : files) forWord.push_back({wf.file, m_ranking ? wf.countByte + 1u : 1u});
     // One word lists a file once; should a damaged list repeat it, the
     // highest count stands (the last of a file's pairs once sorted).
     std::sort(forWord.begin(), forWord.end());
@@ -30,6 +28,10 @@ ScoredFiles IndexTermSource::filesForTerm(const std::string &term) {
     forWord.erase(forWord.begin(), last.base());
     out = mergeScores(out, forWord);
   }
+  // Deleted and removed files have no path: asked once for each file.
+  out.erase(
+      std::remove_if(out.begin(), out.end(), [&](const auto &entry) { return !m_reader.isLiveFile(entry.first); }),
+      out.end());
   return out;
 }
 
