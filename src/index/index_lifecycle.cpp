@@ -72,6 +72,10 @@ void CKurvoIndex::enableWrite(bool on) {
 void CKurvoIndex::storeStorage(const std::string &folder) {
   enableWrite(false);
   if (!files || !words || !skipWords || !links) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  // Opening "hash" for writing empties it, and buckets may be mapped from it.
+  files->keepBucketsInMemory();
+  words->keepBucketsInMemory();
+  skipWords->keepBucketsInMemory();
   FILE *hash = std::fopen((folder + "hash").c_str(), "wb");
   // Same key as for reading: the host treats both as an unusable storage.
   if (!hash) throwKurvoError(kurvo_keys::kStorageReadError, folder);

@@ -1,6 +1,11 @@
 // The hashed entry layout shared by the word tables and the file table.
 #include "storage/hashed_storage.h"
 
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 #include <cstring>
 
 #include "report/message_keys.h"
@@ -23,19 +28,38 @@ bool storeHashEntries(FILE *stream, uint32_t count, const uint32_t *buckets) {
   return count == 0 || std::fwrite(buckets, 4, count, stream) == count;
 }
 
-uint32_t *readHashEntries(FILE *stream, uint32_t &count) {
+bool readHashHeader(FILE *stream, uint32_t &count) {
   uint32_t magic = 0;
-  if (!readWord(stream, magic) || magic != kHashEntriesMagic) return nullptr;
-  if (!readWord(stream, count) || count > kMaxBuckets) return nullptr;
-  // Filled by the read, so not zeroed first.
-  uint32_t *buckets = new uint32_t[count ? count : 1];
-  buckets[0] = 0;
-  if (count && std::fread(buckets, 4, count, stream) != count) {
-    delete[] buckets;
+  return readWord(stream, magic) && magic == kHashEntriesMagic && readWord(stream, count) && count <= kMaxBuckets;
+}
+
+namespace {
+
+// Bucket arrays this large are mapped from the summary file rather than read:
+// a query then touches only the pages of the buckets it looks in, where a
+// read would fault in and copy all of them. The mapping is private, so
+// changes stay in memory. Null when the stream is no plain file that holds them.
+uint32_t *mapBuckets(FILE *stream, uint32_t count, void *&map, size_t &length) {
+  constexpr uint64_t kMapFrom = 64 * 1024;
+  const uint64_t bytes = static_cast<uint64_t>(count) * 4;
+  const off_t offset = ftello(stream);
+  const int fd = fileno(stream);
+  struct stat info;
+  if (bytes < kMapFrom || offset < 0 || offset % 4 != 0 || fd < 0 || fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+      static_cast<uint64_t>(info.st_size) < static_cast<uint64_t>(offset) + bytes)
+    return nullptr;
+  const off_t start = offset - offset % static_cast<off_t>(sysconf(_SC_PAGESIZE));
+  length = static_cast<size_t>(static_cast<uint64_t>(offset - start) + bytes);
+  map = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE, fd, start);
+  if (map == MAP_FAILED || fseeko(stream, offset + static_cast<off_t>(bytes), SEEK_SET) != 0) {
+    if (map != MAP_FAILED) munmap(map, length);
+    map = nullptr;
     return nullptr;
   }
-  return buckets;
+  return reinterpret_cast<uint32_t *>(static_cast<char *>(map) + (offset - start));
 }
+
+}  // namespace
 
 uint32_t textHash(const char *text) {
   uint32_t h = 0;
@@ -57,11 +81,27 @@ CHashedStorage::CHashedStorage(const std::string &path, uint32_t initialSize, ui
 
 CHashedStorage::CHashedStorage(const std::string &path) : CFileMemory(path) {}
 
-CHashedStorage::~CHashedStorage() { delete[] m_pBuckets; }
+CHashedStorage::~CHashedStorage() { releaseBuckets(); }
+
+void CHashedStorage::releaseBuckets() {
+  if (m_bucketMap)
+    munmap(m_bucketMap, m_bucketMapLength);
+  else
+    delete[] m_pBuckets;
+  m_bucketMap = nullptr;
+  m_pBuckets = nullptr;
+}
+
+void CHashedStorage::keepBucketsInMemory() {
+  if (!m_bucketMap) return;
+  uint32_t *owned = new uint32_t[m_nBucketCount ? m_nBucketCount : 1];
+  std::memcpy(owned, m_pBuckets, static_cast<size_t>(m_nBucketCount) * 4);
+  releaseBuckets();
+  m_pBuckets = owned;
+}
 
 void CHashedStorage::failOpen(const std::string &path) {
-  delete[] m_pBuckets;
-  m_pBuckets = nullptr;
+  releaseBuckets();
   m_nBucketCount = 0;
   throwKurvoError(kurvo_keys::kStorageReadError, path);
 }
@@ -127,7 +167,7 @@ void CHashedStorage::linkEntry(uint32_t hash, uint32_t textOffset) {
 }
 
 void CHashedStorage::resetBuckets(uint32_t count) {
-  delete[] m_pBuckets;
+  releaseBuckets();
   m_pBuckets = new uint32_t[count ? count : 1]();
   m_nBucketCount = count;
   m_tails.assign(count, 0);
@@ -136,13 +176,21 @@ void CHashedStorage::resetBuckets(uint32_t count) {
 void CHashedStorage::clearNextWord(uint32_t textOffset) { store32(nextWord(textOffset), 0); }
 
 bool CHashedStorage::readBuckets(FILE *stream) {
-  delete[] m_pBuckets;
-  m_pBuckets = readHashEntries(stream, m_nBucketCount);
+  releaseBuckets();
   // Tails are made when the first entry is linked: a reader never needs them.
   m_tails.clear();
-  if (m_pBuckets) return true;
-  m_nBucketCount = 0;
-  return false;
+  uint32_t count = 0;
+  if (readHashHeader(stream, count)) {
+    m_pBuckets = mapBuckets(stream, count, m_bucketMap, m_bucketMapLength);
+    if (!m_pBuckets) {
+      // Filled by the read, so not zeroed first.
+      m_pBuckets = new uint32_t[count ? count : 1];
+      m_pBuckets[0] = 0;
+      if (count && std::fread(m_pBuckets, 4, count, stream) != count) releaseBuckets();
+    }
+  }
+  m_nBucketCount = m_pBuckets ? count : 0;
+  return m_pBuckets != nullptr;
 }
 
 bool CHashedStorage::storeBuckets(FILE *stream) const { return storeHashEntries(stream, m_nBucketCount, m_pBuckets); }

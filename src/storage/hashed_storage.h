@@ -12,8 +12,8 @@ constexpr uint32_t kHashEntriesMagic = 12340001;
 
 // Writes the shared bucket-array record: magic, count, count bucket heads.
 bool storeHashEntries(FILE *stream, uint32_t count, const uint32_t *buckets);
-// Reads that record; sets count and returns a new[]-allocated array, or null.
-uint32_t *readHashEntries(FILE *stream, uint32_t &count);
+// Reads that record's magic and count; false when they are not sound.
+bool readHashHeader(FILE *stream, uint32_t &count);
 // The bucket of text: h = h * 33 + folded signed byte, stopping at a 0 fold.
 uint32_t hashText(const char *text, uint32_t bucketCount);
 // The same before it is reduced to a bucket: one word's hash serves every
@@ -22,8 +22,9 @@ uint32_t textHash(const char *text);
 
 // Entries lie back to back from offset 16 in the order added: a u32
 // next-in-bucket word, the table's data area, then the text and its NUL. An
-// entry is known by the offset of its text; the bucket heads live in ordinary
-// memory and in the saved description.
+// entry is known by the offset of its text; the bucket heads live in memory
+// (a large array read back is mapped privately from the summary file) and in
+// the saved description.
 class CHashedStorage : public CFileMemory {
  public:
   ~CHashedStorage() override;
@@ -38,6 +39,9 @@ class CHashedStorage : public CFileMemory {
   char *getText(uint32_t textOffset) const;
 
   uint32_t getBucketCount() const { return m_nBucketCount; }
+  // Buckets read from a summary file may be mapped from it; here they take
+  // memory of their own, as they must before that file is written again.
+  void keepBucketsInMemory();
 
  protected:
   CHashedStorage(const std::string &path, uint32_t initialSize, uint32_t increment, uint32_t prefixSize,
@@ -69,6 +73,11 @@ class CHashedStorage : public CFileMemory {
   // In memory only: the last entry of each bucket's chain (0: not known
   // yet), so that linking an entry need not walk a long chain.
   std::vector<uint32_t> m_tails;
+  // The private mapping m_pBuckets lies in, when they were mapped.
+  void *m_bucketMap = nullptr;
+  size_t m_bucketMapLength = 0;
+
+  void releaseBuckets();
 
   char *nextWord(uint32_t textOffset) const;
   uint32_t nextInChain(uint32_t textOffset) const;
