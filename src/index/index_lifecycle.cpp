@@ -115,7 +115,7 @@ void CKurvoIndex::compactLinks() {
   const std::string path = storagePath + "links";
   const std::string newPath = path + ".compact";
   const LinkSpace space = measureLinks(*words, *files, *links);
-  const uint64_t needed = 20 + space.live;
+  const uint64_t needed = kFirstBlock + space.live;
   const uint32_t initialSize =
       needed < table_sizes::kLinks.initial ? table_sizes::kLinks.initial : static_cast<uint32_t>(needed);
   if (needed > UINT32_MAX) throwKurvoError(kurvo_keys::kGetHugeSpace, std::to_string(needed));

@@ -138,7 +138,9 @@ void CKurvoIndex::compressLinks() {
 
   try {
     fileLinks->setGrowByRequest(GrowByRequest != 0);
-    if (SizedListBlocks)
+    // Before the first block every word's earlier files are this run's, so
+    // sized blocks are the classic ones and need no counting pass.
+    if (SizedListBlocks && fileLinks->holdsBlocks())
       placeSizedBlocks(*this, *fileLinks, entrySize);
     else
       placeBlocks(*this, *fileLinks, entrySize);

@@ -12,6 +12,7 @@
 // What removeFile writes over a file number: below every real one (the
 // smallest is 36), so lists still read to their zero top entries.
 constexpr uint32_t kRemovedFileNumber = 1;
+constexpr uint32_t kFirstBlock = 20;
 
 class CFileLinks : public CLinkRegion {
  public:
@@ -20,6 +21,8 @@ class CFileLinks : public CLinkRegion {
   CFileLinks(const std::string &path, FILE *stream) : CLinkRegion(path, stream) {}
 
   uint32_t getSpace(uint32_t size) { return getNewSpace(size); }
+  // Whether any list block lies past the reserved word.
+  bool holdsBlocks() const { return getUsed() > kFirstBlock; }
   // Raises "AssertionFailed" when position is not addressable.
   void addFile(uint32_t position, uint32_t fileNumber, unsigned char count);
   // File number and count at position (255 without counts; 0 and 0 when not

@@ -63,6 +63,27 @@ TEST_F(LinkCompression, EachRunChainsANewBlockInFront) {
   EXPECT_EQ(filesOf("old").blocks, (std::vector<Block>{{}, {{100, 255}}}));
 }
 
+// Beyond the classic layout: a later run's block holds only that run's files.
+TEST_F(LinkCompression, SizedBlocksHoldTheRunsFilesOnly) {
+  open(0);
+  index->SizedListBlocks = 1;
+  see("word", 100);
+  see("word", 200);
+  see("old", 100);
+  see("old", 200);
+  index->compressLinks();
+  EXPECT_EQ(index->links->getUsed(), 44u);  // the first run's blocks are the classic ones
+  nextRun();
+  see("word", 300);
+  index->compressLinks();
+  // One slot and the top slot at 44..51, the next-list word at 52; none for "old".
+  EXPECT_EQ(index->links->getUsed(), 56u);
+  EXPECT_EQ(listPosition("word"), 44u);
+  EXPECT_EQ(index->links->getNextList(52), 20u);
+  EXPECT_EQ(filesOf("word").blocks, (std::vector<Block>{{{200, 255}}, {{100, 255}}}));
+  EXPECT_EQ(filesOf("old").blocks, (std::vector<Block>{{{100, 255}}}));
+}
+
 TEST_F(LinkCompression, CountsTravelWithTheirFiles) {
   open(1);
   see("word", 100, 3);
