@@ -18,7 +18,9 @@ namespace {
 constexpr size_t kReadSize = 65535;
 
 // Cuts decoded text into words by the index's character classes; a word may
-// run on from one piece into the next.
+// run on from one piece into the next. Words are handed to the index in
+// batches, in the order they came: the table memory each will touch is
+// prefetched while the next ones are cut, so their cache misses overlap.
 class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
@@ -41,29 +43,58 @@ class WordCollector {
         else
           m_tooLong = true;
       } else if (m_length) {
-        finish();
+        endWord();
       }
     }
   }
 
+  // Ends the word in progress and indexes every word still waiting.
   void finish() {
+    endWord();
+    flush();
+  }
+  // Leaves out the word in progress; the others are indexed.
+  void drop() {
+    m_length = 0;
+    flush();
+  }
+  // Indexes the words cut so far, before anything a host can see happens.
+  void flush() {
+    for (size_t i = 0; i < m_waiting; ++i) m_index.prefetchWordEntry(m_hashes[i]);
+    for (size_t i = 0; i < m_waiting; ++i) m_index.indexWord(&m_pending[m_starts[i]], m_file, m_hashes[i]);
+    m_waiting = 0;
+    m_pending.clear();
+  }
+
+ private:
+  static constexpr size_t kBatch = 16;
+
+  void endWord() {
     const long length = static_cast<long>(m_length);
     if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1) {
       m_word[m_length] = '\0';
-      m_index.indexWord(m_word.data(), m_file);
+      const uint32_t hash = textHash(m_word.data());
+      m_index.prefetchWordBucket(hash);
+      m_starts[m_waiting] = m_pending.size();
+      m_hashes[m_waiting] = hash;
+      m_pending.insert(m_pending.end(), m_word.data(), m_word.data() + m_length + 1);
+      if (++m_waiting == kBatch) flush();
     }
     m_length = 0;
     m_tooLong = false;
   }
-  void drop() { m_length = 0; }
 
- private:
   CKurvoIndex &m_index;
   uint32_t m_file;
   long m_maxLength;
   std::vector<char> m_word;  // the word so far, room for the longest and a NUL
   size_t m_length = 0;
   bool m_tooLong = false;
+  // Words cut but not yet indexed: their texts back to back, each with its NUL.
+  std::vector<char> m_pending;
+  size_t m_starts[kBatch];
+  uint32_t m_hashes[kBatch];
+  size_t m_waiting = 0;
 };
 
 void countForeign(CKurvoIndex &index, const Utf8Decoder &decoder) {
@@ -146,6 +177,7 @@ bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
     text.clear();
     decoder.decode(buffer.get(), got, last, text);
     words.cut(text);
+    words.flush();
     index.BytesRead += static_cast<double>(got);
     if (got) index.reportBytesRead(path);
     if (last) break;

@@ -64,7 +64,17 @@ class CKurvoIndex {
   CFileAnalyzer *analyzerNamed(const std::string &name) const;
 
   // Word indexing and skip words.
-  uint32_t indexWord(const char *word, uint32_t fileNumber);
+  uint32_t indexWord(const char *word, uint32_t fileNumber) { return indexWord(word, fileNumber, textHash(word)); }
+  // The same with the word's hash (textHash) already known.
+  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash);
+  // Hints that words of these hashes are about to be indexed: first the
+  // word table's buckets, then the entries they lead to.
+  void prefetchWordBucket(uint32_t hash) const {
+    if (words) words->prefetchBucket(hash);
+  }
+  void prefetchWordEntry(uint32_t hash) const {
+    if (words) words->prefetchChain(hash);
+  }
   uint32_t indexExcludedWord(const char *word);
   void indexExcludeBuffer(char *buffer, uint32_t length);
   void indexExclusions();

@@ -21,9 +21,8 @@ struct FileCloser {
 
 }  // namespace
 
-uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber) {
+uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t hash) {
   // One hash serves the skip table, the word table and a new word's chain.
-  const uint32_t hash = textHash(word);
   if (skipWords) {
     uint32_t skipped = skipWords->lookup(word, hash);
     if (skipped) return skipped;

@@ -39,6 +39,15 @@ class CHashedStorage : public CFileMemory {
   char *getText(uint32_t textOffset) const;
 
   uint32_t getBucketCount() const { return m_nBucketCount; }
+  // Hints for a lookup of hash to come: its bucket head, and once that has
+  // arrived, the first entry of its chain. They read nothing that can fail.
+  void prefetchBucket(uint32_t hash) const {
+    if (m_nBucketCount) __builtin_prefetch(m_pBuckets + hash % m_nBucketCount);
+  }
+  void prefetchChain(uint32_t hash) const {
+    const uint32_t entry = m_nBucketCount ? m_pBuckets[hash % m_nBucketCount] : 0;
+    if (entry >= m_nPrefixSize && entry < getUsed()) __builtin_prefetch(getPointer(entry - m_nPrefixSize));
+  }
   // Buckets read from a summary file may be mapped from it; here they take
   // memory of their own, as they must before that file is written again.
   void keepBucketsInMemory();
