@@ -17,17 +17,57 @@ namespace {
 
 constexpr size_t kReadSize = 65535;
 
+// Words on their way to the index, in the order they came. Each word's
+// word-table bucket is prefetched when it arrives, the entry that bucket
+// leads to eight words later, and the word is indexed eight words after
+// that, so the cache misses of neighbouring lookups overlap.
+class WordQueue {
+ public:
+  WordQueue(CKurvoIndex &index, uint32_t file, size_t longest)
+      : m_index(index), m_file(file), m_slotSize(longest + 1), m_texts(kSlots * m_slotSize) {}
+
+  void push(const char *word, size_t length) {
+    if (m_count == kSlots) indexOldest();
+    const size_t slot = (m_first + m_count++) % kSlots;
+    std::memcpy(&m_texts[slot * m_slotSize], word, length + 1);
+    m_hashes[slot] = textHash(word);
+    m_index.prefetchWordBucket(m_hashes[slot]);
+    if (m_count > kDistance) m_index.prefetchWordEntry(m_hashes[(slot + kSlots - kDistance) % kSlots]);
+  }
+
+  void flush() {
+    for (size_t i = 0; i < m_count; ++i) m_index.prefetchWordEntry(m_hashes[(m_first + i) % kSlots]);
+    while (m_count) indexOldest();
+  }
+
+ private:
+  static constexpr size_t kDistance = 8;
+  static constexpr size_t kSlots = 2 * kDistance;
+
+  void indexOldest() {
+    m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first]);
+    m_first = (m_first + 1) % kSlots;
+    --m_count;
+  }
+
+  CKurvoIndex &m_index;
+  const uint32_t m_file;
+  const size_t m_slotSize;
+  std::vector<char> m_texts;  // kSlots slots of the longest word and its NUL
+  uint32_t m_hashes[kSlots];
+  size_t m_first = 0;
+  size_t m_count = 0;
+};
+
 // Cuts decoded text into words by the index's character classes; a word may
-// run on from one piece into the next. Words are handed to the index in
-// batches, in the order they came: the table memory each will touch is
-// prefetched while the next ones are cut, so their cache misses overlap.
+// run on from one piece into the next.
 class WordCollector {
  public:
   WordCollector(CKurvoIndex &index, uint32_t file)
       : m_index(index),
-        m_file(file),
         m_maxLength(index.longestWordSetting()),
-        m_word(static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 3) {}
+        m_word(static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 3),
+        m_queue(index, file, m_word.size()) {}
 
   void cut(const std::string &text) {
     const int32_t *starts = m_index.validCharMask;
@@ -59,42 +99,25 @@ class WordCollector {
     flush();
   }
   // Indexes the words cut so far, before anything a host can see happens.
-  void flush() {
-    for (size_t i = 0; i < m_waiting; ++i) m_index.prefetchWordEntry(m_hashes[i]);
-    for (size_t i = 0; i < m_waiting; ++i) m_index.indexWord(&m_pending[m_starts[i]], m_file, m_hashes[i]);
-    m_waiting = 0;
-    m_pending.clear();
-  }
+  void flush() { m_queue.flush(); }
 
  private:
-  static constexpr size_t kBatch = 16;
-
   void endWord() {
     const long length = static_cast<long>(m_length);
     if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1) {
       m_word[m_length] = '\0';
-      const uint32_t hash = textHash(m_word.data());
-      m_index.prefetchWordBucket(hash);
-      m_starts[m_waiting] = m_pending.size();
-      m_hashes[m_waiting] = hash;
-      m_pending.insert(m_pending.end(), m_word.data(), m_word.data() + m_length + 1);
-      if (++m_waiting == kBatch) flush();
+      m_queue.push(m_word.data(), m_length);
     }
     m_length = 0;
     m_tooLong = false;
   }
 
   CKurvoIndex &m_index;
-  uint32_t m_file;
   long m_maxLength;
   std::vector<char> m_word;  // the word so far, room for the longest and a NUL
   size_t m_length = 0;
   bool m_tooLong = false;
-  // Words cut but not yet indexed: their texts back to back, each with its NUL.
-  std::vector<char> m_pending;
-  size_t m_starts[kBatch];
-  uint32_t m_hashes[kBatch];
-  size_t m_waiting = 0;
+  WordQueue m_queue;
 };
 
 void countForeign(CKurvoIndex &index, const Utf8Decoder &decoder) {
