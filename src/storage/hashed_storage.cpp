@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -127,6 +128,18 @@ uint32_t CHashedStorage::entryAppendedAt(uint32_t usedBytes) const {
 char *CHashedStorage::getText(uint32_t textOffset) const {
   if (textLength(textOffset) == kNoText) return nullptr;
   return getPointer(textOffset);
+}
+
+CHashedStorage::TextMatch CHashedStorage::matchText(uint32_t textOffset, const char *text) const {
+  if (!m_bMapped || textOffset >= m_nUsed) return TextMatch::Damaged;
+  const unsigned char *stored = reinterpret_cast<const unsigned char *>(m_pBase) + textOffset;
+  const unsigned char *wanted = reinterpret_cast<const unsigned char *>(text);
+  for (uint32_t i = 0; i < m_nUsed - textOffset; ++i) {
+    if (stored[i] != wanted[i] && std::tolower(stored[i]) != std::tolower(wanted[i]))
+      return textLength(textOffset + i) == kNoText ? TextMatch::Damaged : TextMatch::Different;
+    if (stored[i] == 0) return TextMatch::Equal;
+  }
+  return TextMatch::Damaged;
 }
 
 uint32_t CHashedStorage::appendEntry(const char *text) {

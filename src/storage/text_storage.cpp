@@ -1,8 +1,6 @@
 // A hashed table of strings, each with a fixed-size data area, in a memory file.
 #include "storage/text_storage.h"
 
-#include <strings.h>
-
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "storage/description_io.h"
@@ -53,9 +51,9 @@ void CTextStorage::reHash() {
 
 uint32_t CTextStorage::lookup(const char *text, uint32_t hash) {
   return findInChain(hash, [&](uint32_t entry) {
-    const char *stored = getText(entry);
-    if (!stored) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    return strcasecmp(stored, text) == 0;
+    const TextMatch match = matchText(entry, text);
+    if (match == TextMatch::Damaged) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+    return match == TextMatch::Equal;
   });
 }
 
