@@ -55,6 +55,16 @@ TEST_F(TextStorage, LookupIgnoresAsciiCaseAndAddTextDoesNotLookUp) {
   EXPECT_NE(second, first);
   EXPECT_EQ(load32(t.getText(first) - 20), second);  // behind the first in its chain
   EXPECT_EQ(t.lookup("hello\xC1"), first);
+
+  // A chain entry whose text has no NUL below the used part is damage, whether it matches or not.
+  CapturedMessages messages;
+  CTextStorage one(dir.file("one"), 1024, 4096, 16, 1);
+  const uint32_t last = one.addText("abc");
+  one.getPointer(last)[3] = 'x';
+  for (const char *word : {"abd", "abcx", "abcxy"}) {
+    EXPECT_TRUE(kurvo_test::throwsKurvo([&] { one.lookup(word); })) << word;
+    EXPECT_EQ(messages.lastError()->key, "AssertionFailed");
+  }
 }
 
 TEST_F(TextStorage, WordTableRehashesAtThe40001stWord) {
