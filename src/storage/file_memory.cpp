@@ -79,11 +79,10 @@ bool CFileMemory::reserve(uint32_t oldLength, uint64_t newLength) {
 }
 
 void CFileMemory::grow(uint32_t needed) {
-  if (m_bMapped) {
-    munmap(m_pBase, m_nLength);
-    m_pBase = nullptr;
-    m_bMapped = 0;
-  }
+  // A writable mapping is extended where it is, so the pages it has mapped
+  // stay mapped and what was written before does not fault in again.
+  const bool extend = m_bMapped && m_bWritable && m_bFileOpen;
+  if (m_bMapped && !extend) dropMapping();
   if (!m_bFileOpen) {
     m_nFileDescriptor = open(m_sStoragePath.c_str(), O_RDWR | O_CREAT, 0600);
     if (m_nFileDescriptor < 0) throwKurvoError(kurvo_keys::kMemFileOpenFail, m_sStoragePath);
@@ -104,12 +103,15 @@ void CFileMemory::grow(uint32_t needed) {
   if (needed > newLength) newLength = needed;
   if (newLength > UINT32_MAX || !reserve(oldLength, newLength)) {
     std::string size = decimal(newLength);
+    if (m_bMapped) dropMapping();
     clearAll();
     throwKurvoError(kurvo_keys::kMemFileExtendFail, size);
   }
-  void *base = mmap(nullptr, newLength, PROT_READ | PROT_WRITE, MAP_SHARED, m_nFileDescriptor, 0);
+  void *base = extend ? mremap(m_pBase, m_nLength, newLength, MREMAP_MAYMOVE)
+                      : mmap(nullptr, newLength, PROT_READ | PROT_WRITE, MAP_SHARED, m_nFileDescriptor, 0);
   if (base == MAP_FAILED) {
     std::string path = m_sStoragePath;
+    if (m_bMapped) dropMapping();
     clearAll();
     throwKurvoError(kurvo_keys::kFileMapOpenRWFail, path);
   }
@@ -119,6 +121,28 @@ void CFileMemory::grow(uint32_t needed) {
   m_bMapped = 1;
   const uint64_t stale = std::min<uint64_t>(fileSize, m_nLength);
   if (stale > oldLength) std::memset(m_pBase + oldLength, 0, stale - oldLength);
+  populate(oldLength);
+}
+
+// Regions fill from the front, so the pages a growth adds will all be
+// written: they are faulted in writable at once, in one call, instead of
+// one fault at a time. Kernels without the call simply fault them later.
+void CFileMemory::populate(uint32_t from) {
+#ifdef MADV_POPULATE_WRITE
+  const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+  const uintptr_t start = (reinterpret_cast<uintptr_t>(m_pBase) + from + page - 1) & ~(page - 1);
+  const uintptr_t end = reinterpret_cast<uintptr_t>(m_pBase) + m_nLength;
+  if (end > start) madvise(reinterpret_cast<void *>(start), end - start, MADV_POPULATE_WRITE);
+#else
+  (void)from;
+#endif
+}
+
+// Unmaps the region without writing its header.
+void CFileMemory::dropMapping() {
+  munmap(m_pBase, m_nLength);
+  m_pBase = nullptr;
+  m_bMapped = 0;
 }
 
 char *CFileMemory::getPointer(uint32_t offset) const {

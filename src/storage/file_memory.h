@@ -72,5 +72,7 @@ class CFileMemory {
   void writeHeader();
   void closeFile();
   void grow(uint32_t needed);
+  void dropMapping();
+  void populate(uint32_t from);
   bool reserve(uint32_t oldLength, uint64_t newLength);
 };
