@@ -53,7 +53,7 @@ CFileMemory::~CFileMemory() {
   }
 }
 
-uint32_t CFileMemory::getNewSpace(uint32_t size) {
+uint32_t CFileMemory::getSpaceSlowly(uint32_t size) {
   if (size > m_nIncrement && !m_bGrowByRequest) throwKurvoError(kurvo_keys::kGetHugeSpace, decimal(size));
   uint32_t offset = m_nUsed;
   uint64_t end = static_cast<uint64_t>(offset) + size;
@@ -143,16 +143,6 @@ void CFileMemory::dropMapping() {
   munmap(m_pBase, m_nLength);
   m_pBase = nullptr;
   m_bMapped = 0;
-}
-
-char *CFileMemory::getPointer(uint32_t offset) const {
-  if (!m_bMapped || offset >= m_nUsed) return nullptr;
-  return m_pBase + offset;
-}
-
-const char *CFileMemory::getRange(uint32_t offset, uint32_t size) const {
-  if (!m_bMapped || static_cast<uint64_t>(offset) + size > m_nUsed) return nullptr;
-  return m_pBase + offset;
 }
 
 uint32_t CFileMemory::textLength(uint32_t offset) const {

@@ -22,12 +22,24 @@ class CFileMemory {
 
   // Allocates size bytes after the used part and returns their offset.
   // Raises "GetHugeSpace" when size exceeds the increment.
-  uint32_t getNewSpace(uint32_t size);
+  uint32_t getNewSpace(uint32_t size) {
+    if (size > m_nIncrement || !m_bMapped || !m_bWritable || static_cast<uint64_t>(m_nUsed) + size > m_nLength)
+      return getSpaceSlowly(size);
+    const uint32_t offset = m_nUsed;
+    m_nUsed += size;
+    return offset;
+  }
   // Address of the byte at offset, or null when unmapped or offset >= used.
   // Good only until the next getNewSpace.
-  char *getPointer(uint32_t offset) const;
+  char *getPointer(uint32_t offset) const {
+    if (!m_bMapped || offset >= m_nUsed) return nullptr;
+    return m_pBase + offset;
+  }
   // Address of size bytes at offset when all of them lie below used, else null.
-  const char *getRange(uint32_t offset, uint32_t size) const;
+  const char *getRange(uint32_t offset, uint32_t size) const {
+    if (!m_bMapped || static_cast<uint64_t>(offset) + size > m_nUsed) return nullptr;
+    return m_pBase + offset;
+  }
   // Length of the NUL-terminated text at offset, or kNoText when offset is
   // not addressable or no NUL ends it below used (a damaged file).
   static constexpr uint32_t kNoText = UINT32_MAX;
@@ -71,6 +83,8 @@ class CFileMemory {
   bool readLengthWord(uint32_t &length);
   void writeHeader();
   void closeFile();
+  // getNewSpace when the region must grow, become writable or refuse.
+  uint32_t getSpaceSlowly(uint32_t size);
   void grow(uint32_t needed);
   void dropMapping();
   void populate(uint32_t from);
