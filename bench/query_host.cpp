@@ -15,28 +15,31 @@
 namespace {
 
 // Paths of records, as a host keeps them: the paths of folders (and of
-// archives holding members) cached for every later query.
+// archives holding members) cached for every later query, and each answer's
+// paths written one a line into one buffer, as a host prints or hands them on.
 class PathBuilder {
  public:
   explicit PathBuilder(void *files) : m_files(files) {}
 
-  std::string path(unsigned record) {
+  void append(unsigned record, std::string &out) {
     void *info = kfsGetInfo(m_files, record);
-    if (!info) return {};
-    const unsigned parent = kfiGetFileParentID(info);
-    const char *name = kfiGetFileName(info);
-    if (!parent) return name;
-    const std::string &base = container(parent);
-    std::string out;
-    out.reserve(base.size() + 1 + std::strlen(name));
-    return out.append(base).append(1, '/').append(name);
+    if (!info) return;
+    if (const unsigned parent = kfiGetFileParentID(info)) {
+      out += container(parent);
+      out += '/';
+    }
+    out += kfiGetFileName(info);
+    out += '\n';
   }
 
  private:
   const std::string &container(unsigned record) {
     auto known = m_containers.find(record);
     if (known != m_containers.end()) return known->second;
-    return m_containers.emplace(record, path(record)).first->second;
+    std::string path;
+    append(record, path);
+    if (!path.empty()) path.pop_back();
+    return m_containers.emplace(record, std::move(path)).first->second;
   }
 
   void *m_files;
@@ -57,8 +60,9 @@ void addFilesOfWord(void *index, unsigned word, std::vector<unsigned> &files) {
   }
 }
 
-// The paths of the files the term's words are in, each once.
-size_t query(void *index, PathBuilder &paths, const std::string &term) {
+// The paths of the files the term's words are in, each once, one a line in
+// out, whose memory the host keeps from one query to the next.
+size_t query(void *index, PathBuilder &paths, const std::string &term, std::string &out) {
   std::vector<unsigned> words;
   if (!term.empty() && term.back() == '*') {
     const std::string prefix = term.substr(0, term.size() - 1);
@@ -76,10 +80,9 @@ size_t query(void *index, PathBuilder &paths, const std::string &term) {
   for (unsigned word : words) addFilesOfWord(index, word, files);
   std::sort(files.begin(), files.end());
   files.erase(std::unique(files.begin(), files.end()), files.end());
-  std::vector<std::string> found;
-  found.reserve(files.size());
-  for (unsigned file : files) found.push_back(paths.path(file));
-  return found.size();
+  out.clear();
+  for (unsigned file : files) paths.append(file, out);
+  return files.size();
 }
 
 }  // namespace
@@ -97,9 +100,10 @@ int main(int argc, char **argv) {
   PathBuilder paths(kidxGetFiles(index));
   std::vector<double> micros;
   size_t found = 0;
+  std::string out;
   for (int i = 0; i < rounds; ++i) {
     const auto start = std::chrono::steady_clock::now();
-    found = query(index, paths, argv[2]);
+    found = query(index, paths, argv[2], out);
     micros.push_back(std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
   }
   std::sort(micros.begin(), micros.end());
