@@ -290,7 +290,7 @@ unsigned checkRecordsAndKeepMissing(void *index, const std::vector<std::string> 
     kidxKeepFolder(index, folder.c_str());
     unsigned kept = 0;
     for (const auto &entry : reader.records()) {
-      const std::string &path = reader.filePath(entry.first);
+      const std::string_view path = reader.filePath(entry.first);
       kept += path.size() > folder.size() && path.compare(0, folder.size() + 1, folder + "/") == 0;
     }
     if (!global.quiet) {

@@ -34,7 +34,7 @@ uint32_t recordToShow(ReadingSession &rs, uint32_t record, const std::string &pa
   uint32_t only = 0;
   for (const auto &[number, r] : rs.reader->records()) {
     if (r.parent != record || r.deleted || !rs.reader->isLiveFile(number)) continue;
-    members.push_back(rs.reader->filePath(number));
+    members.emplace_back(rs.reader->filePath(number));
     only = number;
   }
   if (members.empty()) return record;

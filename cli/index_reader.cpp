@@ -31,8 +31,8 @@ IndexReader::IndexReader(void *index) : m_index(index) {
 
 namespace {
 
-FileRecord recordFrom(void *info) {
-  FileRecord record;
+// Fills a record the table has just made, in the table's own memory.
+const FileRecord &fillRecord(FileRecord &record, void *info) {
   record.parent = kfiGetFileParentID(info);
   const char *name = kfiGetFileName(info);
   record.name = name ? name : "";
@@ -52,7 +52,8 @@ const RecordTable &IndexReader::records() {
     for (uint32_t r = kfsGetFirst(files); r != 0; r = kfsGetNext(files, r)) {
       void *info = kfsGetInfo(files, r);
       if (!info) throw HostError("the index is damaged (its file table is unreadable); rebuild it with `kurvo index`");
-      if (!m_records.count(r)) m_records.emplace(r, recordFrom(info));
+      auto [slot, added] = m_records.try_emplace(r);
+      if (added) fillRecord(slot->second, info);
     }
   });
   m_allLoaded = true;
@@ -66,10 +67,10 @@ const FileRecord *IndexReader::record(uint32_t number) {
   void *info = nullptr;
   callLibrary([&] { info = kfsGetInfo(kidxGetFiles(m_index), number); });
   if (!info) return nullptr;
-  return &m_records.emplace(number, recordFrom(info)).first->second;
+  return &fillRecord(m_records.try_emplace(number).first->second, info);
 }
 
-const std::string &IndexReader::filePath(uint32_t number) {
+std::string_view IndexReader::filePath(uint32_t number) {
   // The path is built from the parent chain, so its records come first.
   uint32_t r = number;
   for (int depth = 0; depth < 100 && r != 0; ++depth) {
@@ -111,7 +112,7 @@ bool IndexReader::foundUnderItsName(uint32_t record) {
   return ok;
 }
 
-const std::string &IndexReader::checkedPath(uint32_t record) {
+std::string_view IndexReader::checkedPath(uint32_t record) {
   // Parents are recorded before what they hold.
   const FileRecord *known = this->record(record);
   if (!known) throw damaged("a word's list names no file");
@@ -119,15 +120,15 @@ const std::string &IndexReader::checkedPath(uint32_t record) {
     known = this->record(parent);
     if (parent >= r || !known) throw damaged("a file's folder is no earlier record");
   }
-  const std::string &path = m_paths.filePath(record);  // its chain is read now
+  const std::string_view path = m_paths.filePath(record);  // its chain is read now
   if (path.empty()) return path;
-  if (!foundUnderItsName(record)) throw damaged("the file table does not find " + path);
+  if (!foundUnderItsName(record)) throw damaged("the file table does not find " + std::string(path));
   bool inside = m_topFolders.empty();
   for (const std::string &folder : m_topFolders) {
     inside = inside || (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 &&
                         (path[folder.size()] == '/' || folder == "/"));
   }
-  if (!inside) throw damaged("a path lies outside the indexed folders: " + path);
+  if (!inside) throw damaged("a path lies outside the indexed folders: " + std::string(path));
   return path;
 }
 

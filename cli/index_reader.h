@@ -33,12 +33,12 @@ class IndexReader {
   // The full path of a live file or member ("container::member" inside
   // archives); empty when the record is deleted, a folder, unknown, or its
   // parent chain is broken.
-  const std::string &filePath(uint32_t record);
+  std::string_view filePath(uint32_t record);
   // filePath, after cheap checks that catch most damage to the records on
   // the way: each parent is an earlier record, the file table finds each
   // record under its own name and parent, and the path lies in one of the
   // top folders (when they were set). Throws HostError on damage.
-  const std::string &checkedPath(uint32_t record);
+  std::string_view checkedPath(uint32_t record);
   void setTopFolders(const std::vector<std::string> &folders) { m_topFolders = folders; }
   bool isLiveFile(uint32_t record) { return !filePath(record).empty(); }
 

@@ -7,20 +7,20 @@ namespace {
 
 // Archives are nested far less deeply than this; deeper chains are loops.
 constexpr int kMaxDepth = 100;
-const std::string kNoPath;
+constexpr std::string_view kNoPath;
 
 }  // namespace
 
-const std::string &RecordPaths::pathOf(const FileRecord &record, int depth) {
+std::string_view RecordPaths::pathOf(const FileRecord &record, int depth) {
   if (record.deleted || depth > kMaxDepth) return kNoPath;
   if (record.pathBuilt) return record.path;
-  std::string path;
+  std::pmr::string path(record.path.get_allocator());
   auto parent = record.parent == 0 ? m_records.end() : m_records.find(record.parent);
   if (record.parent == 0) {
     path = record.name;
   } else if (parent != m_records.end()) {
     // Cached, so the folders and containers of many files are built once.
-    const std::string &base = pathOf(parent->second, depth + 1);
+    const std::string_view base = pathOf(parent->second, depth + 1);
     if (!base.empty()) {
       const char *separator = parent->second.parent != 0 ? "::" : base.back() == '/' ? "" : "/";
       path.reserve(base.size() + 2 + record.name.size());
@@ -32,7 +32,7 @@ const std::string &RecordPaths::pathOf(const FileRecord &record, int depth) {
   return record.path;
 }
 
-const std::string &RecordPaths::filePath(uint32_t record) {
+std::string_view RecordPaths::filePath(uint32_t record) {
   auto it = m_records.find(record);
   if (it == m_records.end() || it->second.parent == 0) return kNoPath;
   return pathOf(it->second, 0);
@@ -41,9 +41,9 @@ const std::string &RecordPaths::filePath(uint32_t record) {
 uint32_t RecordPaths::findFile(const std::string &path) {
   if (!m_byPathComplete) {
     for (const auto &entry : m_records) {
-      const std::string &p = filePath(entry.first);
+      const std::string_view p = filePath(entry.first);
       // A re-indexed file leaves its old record deleted; only live ones count.
-      if (!p.empty()) m_byPath[p] = entry.first;
+      if (!p.empty()) m_byPath[std::string(p)] = entry.first;
     }
     m_byPathComplete = true;
   }

@@ -3,14 +3,42 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <memory_resource>
 #include <unordered_map>
 
 namespace kurvo_cli {
 
+// Its texts come from the allocator of the table that holds it (a reader's
+// arena), so a query over thousands of files costs no allocation per record.
 struct FileRecord {
+  using allocator_type = std::pmr::polymorphic_allocator<char>;
+
+  explicit FileRecord(const allocator_type &alloc = {}) : name(alloc), path(alloc) {}
+  FileRecord(const FileRecord &other, const allocator_type &alloc = {})
+      : parent(other.parent),
+        name(other.name, alloc),
+        macTime(other.macTime),
+        size(other.size),
+        deleted(other.deleted),
+        pathBuilt(other.pathBuilt),
+        found(other.found),
+        path(other.path, alloc) {}
+  FileRecord(FileRecord &&other, const allocator_type &alloc)
+      : parent(other.parent),
+        name(std::move(other.name), alloc),
+        macTime(other.macTime),
+        size(other.size),
+        deleted(other.deleted),
+        pathBuilt(other.pathBuilt),
+        found(other.found),
+        path(std::move(other.path), alloc) {}
+  FileRecord(FileRecord &&) = default;
+  FileRecord &operator=(const FileRecord &) = default;
+  FileRecord &operator=(FileRecord &&) = default;
+
   uint32_t parent = 0;
-  std::string name;
+  std::pmr::string name;
   double macTime = 0;  // seconds since 1904
   uint32_t size = 0;
   bool deleted = false;
@@ -18,7 +46,7 @@ struct FileRecord {
   // it has none) and whether the file table finds it under its name.
   mutable bool pathBuilt = false;
   mutable signed char found = -1;  // -1 not yet asked
-  mutable std::string path;
+  mutable std::pmr::string path;
 };
 
 // Polymorphic, so that a reader can keep its records in an arena of its own.
@@ -33,13 +61,13 @@ class RecordPaths {
 
   // The path of a live file or member; empty for folders, deleted or unknown
   // records and records whose parent chain is broken or deleted.
-  const std::string &filePath(uint32_t record);
+  std::string_view filePath(uint32_t record);
   // The live file with that full path, or 0.
   uint32_t findFile(const std::string &path);
 
  private:
   // Any record's path, a folder's too; empty where there is none.
-  const std::string &pathOf(const FileRecord &record, int depth);
+  std::string_view pathOf(const FileRecord &record, int depth);
 
   const RecordTable &m_records;
   std::unordered_map<std::string, uint32_t> m_byPath;

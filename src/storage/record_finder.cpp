@@ -1,12 +1,23 @@
 // RecordFinder: hashing, inserting and growing the open-addressing table.
 #include "storage/record_finder.h"
 
+#include <array>
+
+namespace {
+
+// ASCII letters folded to lower case, every other byte as it is.
+constexpr std::array<unsigned char, 256> kAsciiFold = [] {
+  std::array<unsigned char, 256> fold{};
+  for (int c = 0; c < 256; ++c) fold[c] = static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+  return fold;
+}();
+
+}  // namespace
+
 uint32_t RecordFinder::hashName(const char *name) {
   uint32_t h = 2166136261u;  // FNV-1a
-  for (const unsigned char *p = reinterpret_cast<const unsigned char *>(name); *p; ++p) {
-    const unsigned char c = (*p >= 'A' && *p <= 'Z') ? static_cast<unsigned char>(*p + 32) : *p;
-    h = (h ^ c) * 16777619u;
-  }
+  for (const unsigned char *p = reinterpret_cast<const unsigned char *>(name); *p; ++p)
+    h = (h ^ kAsciiFold[*p]) * 16777619u;
   return h;
 }
 
