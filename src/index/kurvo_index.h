@@ -68,11 +68,12 @@ class CKurvoIndex {
   // The same with the word's hash (textHash) already known.
   uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash);
   // Hints that words of these hashes are about to be indexed: first the
-  // word table's buckets, then the entries they lead to.
-  void prefetchWordBucket(uint32_t hash) const {
+  // word table's buckets, then the entries they lead to (always inlined, or
+  // the optimizer drops them).
+  [[gnu::always_inline]] void prefetchWordBucket(uint32_t hash) const {
     if (words) words->prefetchBucket(hash);
   }
-  void prefetchWordEntry(uint32_t hash) const {
+  [[gnu::always_inline]] void prefetchWordEntry(uint32_t hash) const {
     if (words) words->prefetchChain(hash);
   }
   uint32_t indexExcludedWord(const char *word);

@@ -41,10 +41,12 @@ class CHashedStorage : public CFileMemory {
   uint32_t getBucketCount() const { return m_nBucketCount; }
   // Hints for a lookup of hash to come: its bucket head, and once that has
   // arrived, the first entry of its chain. They read nothing that can fail.
-  void prefetchBucket(uint32_t hash) const {
+  // Always inlined: a call to a function that only prefetches looks free of
+  // effects to the optimizer, which drops it.
+  [[gnu::always_inline]] void prefetchBucket(uint32_t hash) const {
     if (m_nBucketCount) __builtin_prefetch(m_pBuckets + hash % m_nBucketCount);
   }
-  void prefetchChain(uint32_t hash) const {
+  [[gnu::always_inline]] void prefetchChain(uint32_t hash) const {
     const uint32_t entry = m_nBucketCount ? m_pBuckets[hash % m_nBucketCount] : 0;
     if (entry >= m_nPrefixSize && entry < getUsed()) __builtin_prefetch(getPointer(entry - m_nPrefixSize));
   }
