@@ -103,11 +103,75 @@ void placeSizedBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entryS
   }
 }
 
+// Walks the word links ahead of the second pass. Each word's data and the
+// slot it will fill lie anywhere in tables larger than the caches, so they are
+// asked for early: a word's data kDistance pairs ahead, and once that has
+// arrived, the slot it then names kDistance pairs later. Only hints: nothing
+// is changed, and what lies outside the tables is passed over.
+class PairLookahead {
+ public:
+  PairLookahead(const CKurvoIndex &index, const CFileLinks &fileLinks, uint32_t entrySize)
+      : m_wordLinks(*index.wordLinks), m_words(*index.words), m_fileLinks(fileLinks), m_entrySize(entrySize) {
+    for (size_t i = 0; i < 2 * kDistance; ++i) askForData();
+    for (size_t i = 0; i < kDistance; ++i) askForSlot();
+  }
+
+  // Called once for each pair the pass takes.
+  void next() {
+    askForData();
+    askForSlot();
+  }
+
+ private:
+  static constexpr size_t kDistance = 16;
+
+  void askForData() {
+    if (!m_dataCursor.step(m_wordLinks)) return;
+    if (const char *data = m_words.recordedData(m_dataCursor.word)) __builtin_prefetch(data);
+  }
+  void askForSlot() {
+    if (!m_slotCursor.step(m_wordLinks)) return;
+    const char *data = m_words.recordedData(m_slotCursor.word);
+    // A word without a block has list position 0: its slot lies past the end.
+    const char *slot = data ? m_fileLinks.getPointer(load32(data + word_data::kListPosition) - m_entrySize) : nullptr;
+    if (slot) __builtin_prefetch(slot, 1);
+  }
+
+  // One position in the word links, stepping pair by pair: past a group's
+  // end entry, on into the next group.
+  struct Cursor {
+    uint32_t position = 16;
+    bool inGroup = false;
+    uint32_t word = 0;
+    bool step(const CWordLinks &links) {
+      unsigned char count = 0;
+      for (int tries = 0; tries < 2; ++tries) {
+        if (!inGroup) {
+          if (!links.getFile(position)) return false;
+          inGroup = true;
+        }
+        word = links.getWord(position, count);
+        if (word) return true;
+        inGroup = false;
+      }
+      return false;
+    }
+  };
+
+  const CWordLinks &m_wordLinks;
+  const CTextStorage &m_words;
+  const CFileLinks &m_fileLinks;
+  const uint32_t m_entrySize;
+  Cursor m_dataCursor;
+  Cursor m_slotCursor;
+};
+
 // Second pass: every (file, word) pair of the word links goes one slot down
 // in its word's new block, so a block reads newest file first.
 void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
   const CWordLinks &wordLinks = *index.wordLinks;
   CTextStorage &words = *index.words;
+  PairLookahead lookahead(index, fileLinks, entrySize);
   uint32_t position = 16;
   uint32_t linksRead = 0;
   uint32_t threshold = 0;
@@ -119,6 +183,7 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
     unsigned char count = 0;
     for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
       ++linksRead;
+      lookahead.next();
       char *data = words.recordedData(word);
       if (!data || !takesSlot(data, file)) continue;
       const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
