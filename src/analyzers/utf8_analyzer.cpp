@@ -8,6 +8,7 @@
 
 #include "analyzers/c_handles.h"
 #include "analyzers/utf8_decoder.h"
+#include "analyzers/word_queue.h"
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "index/kurvo_index.h"
@@ -16,48 +17,6 @@
 namespace {
 
 constexpr size_t kReadSize = 65535;
-
-// Words on their way to the index, in the order they came. Each word's
-// word-table bucket is prefetched when it arrives, the entry that bucket
-// leads to eight words later, and the word is indexed eight words after
-// that, so the cache misses of neighbouring lookups overlap.
-class WordQueue {
- public:
-  WordQueue(CKurvoIndex &index, uint32_t file, size_t longest)
-      : m_index(index), m_file(file), m_slotSize(longest + 1), m_texts(kSlots * m_slotSize) {}
-
-  void push(const char *word, size_t length) {
-    if (m_count == kSlots) indexOldest();
-    const size_t slot = (m_first + m_count++) % kSlots;
-    std::memcpy(&m_texts[slot * m_slotSize], word, length + 1);
-    m_hashes[slot] = textHash(word);
-    m_index.prefetchWordBucket(m_hashes[slot]);
-    if (m_count > kDistance) m_index.prefetchWordEntry(m_hashes[(slot + kSlots - kDistance) % kSlots]);
-  }
-
-  void flush() {
-    for (size_t i = 0; i < m_count; ++i) m_index.prefetchWordEntry(m_hashes[(m_first + i) % kSlots]);
-    while (m_count) indexOldest();
-  }
-
- private:
-  static constexpr size_t kDistance = 8;
-  static constexpr size_t kSlots = 2 * kDistance;
-
-  void indexOldest() {
-    m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first]);
-    m_first = (m_first + 1) % kSlots;
-    --m_count;
-  }
-
-  CKurvoIndex &m_index;
-  const uint32_t m_file;
-  const size_t m_slotSize;
-  std::vector<char> m_texts;  // kSlots slots of the longest word and its NUL
-  uint32_t m_hashes[kSlots];
-  size_t m_first = 0;
-  size_t m_count = 0;
-};
 
 // Cuts decoded text into words by the index's character classes; a word may
 // run on from one piece into the next.

@@ -1,7 +1,9 @@
 // CFileAnalyzer::indexBuffer: cuts a buffer into lower-cased words in place.
+#include <algorithm>
 #include <cstring>
 
 #include "analyzers/file_analyzer.h"
+#include "analyzers/word_queue.h"
 #include "index/kurvo_index.h"
 #include "storage/lower_case_table.h"
 
@@ -46,7 +48,9 @@ int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
   bool afterNul = true;
   // A word framed by control bytes on both sides is binary noise.
   bool controlSeen = false;
-  int result = 0;
+  // No word is longer than the setting allows, nor than the buffer.
+  const unsigned long longest = maxLength > 0 ? static_cast<unsigned long>(maxLength) + 1 : 1;
+  WordQueue queue(index, static_cast<uint32_t>(fileNumber), std::min(longest, length));
 
   while (static_cast<unsigned long>(read - bufferStart) < length) {
     char c = *read;
@@ -76,12 +80,14 @@ int CFileAnalyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
       const long wordLength = write - wordStart;
       if ((!controlBefore || !isControl) && wordLength >= minLength && wordLength <= maxLength + 1) {
         *write = '\0';
-        result = static_cast<int>(index.indexWord(wordStart, static_cast<uint32_t>(fileNumber)));
+        queue.push(wordStart, static_cast<size_t>(wordLength));
       }
       wordStart = write = ++read;
     }
   }
 
+  // The number of the last word indexed, or the length of the word carried.
+  int result = static_cast<int>(queue.flush());
   if (write != wordStart) result = carryWord(index.partialWord, wordStart, write);
   return result;
 }
