@@ -3,6 +3,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "storage/description_io.h"
@@ -49,7 +51,8 @@ uint32_t CFileStorage::lookupFile(const char *name, uint32_t parentId) {
   };
   // A few lookups walk their bucket's chain; past that, as when a run adds
   // file after file, a finder over every record keeps each lookup short.
-  if (!m_finder.isBuilt() && ++m_chainLookups <= kChainLookups) return findInChain(textHash(name), matches);
+  if (!m_finder.isBuilt() && ++m_chainLookups <= chainLookupsBeforeFinder())
+    return findInChain(textHash(name), matches);
   if (!m_finder.isBuilt()) {
     for (uint32_t record = getFirst(); record; record = getNext(record)) {
       const char *text = getText(record);
@@ -59,6 +62,15 @@ uint32_t CFileStorage::lookupFile(const char *name, uint32_t parentId) {
     m_finder.markBuilt();
   }
   return m_finder.findFirst(RecordFinder::hashName(name), matches);
+}
+
+uint32_t CFileStorage::chainLookupsBeforeFinder() const {
+  // A walk visits about records / buckets entries, each a cache miss; a
+  // build reads every record once, in order, several times as fast an entry.
+  // So walks cost as much as a build after about a quarter as many lookups
+  // as there are buckets, however many records there are: a query for a
+  // word in a few hundred files of a large index never builds a finder.
+  return std::max<uint32_t>(64, getBucketCount() / 4);
 }
 
 char *CFileStorage::getData(uint32_t fileNumber) const {

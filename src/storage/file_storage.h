@@ -41,9 +41,10 @@ class CFileStorage : public CHashedStorage {
   char *getData(uint32_t fileNumber) const;
 
  private:
-  // Built from the table once lookups pass kChainLookups, then kept up by addFile.
+  // Built from the table once chain walks have cost about what building it
+  // costs (chainLookupsBeforeFinder), then kept up by addFile.
   RecordFinder m_finder;
-  static constexpr uint32_t kChainLookups = 64;
+  uint32_t chainLookupsBeforeFinder() const;
   uint32_t m_chainLookups = 0;
 };
 
