@@ -130,13 +130,12 @@ char *CHashedStorage::getText(uint32_t textOffset) const {
   return getPointer(textOffset);
 }
 
-CHashedStorage::TextMatch CHashedStorage::matchText(uint32_t textOffset, const char *text) const {
+CHashedStorage::TextMatch CHashedStorage::matchText(uint32_t textOffset, const char *text, size_t size) const {
   if (!m_bMapped || textOffset >= m_nUsed) return TextMatch::Damaged;
   const unsigned char *stored = reinterpret_cast<const unsigned char *>(m_pBase) + textOffset;
   const unsigned char *wanted = reinterpret_cast<const unsigned char *>(text);
   // Words are looked up as they were stored, so most matches are exact.
-  const size_t length = std::strlen(text) + 1;
-  if (length <= m_nUsed - textOffset && std::memcmp(stored, wanted, length) == 0) return TextMatch::Equal;
+  if (size <= m_nUsed - textOffset && std::memcmp(stored, wanted, size) == 0) return TextMatch::Equal;
   for (uint32_t i = 0; i < m_nUsed - textOffset; ++i) {
     if (stored[i] != wanted[i] && std::tolower(stored[i]) != std::tolower(wanted[i]))
       return textLength(textOffset + i) == kNoText ? TextMatch::Damaged : TextMatch::Different;

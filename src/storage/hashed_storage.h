@@ -62,7 +62,8 @@ class CHashedStorage : public CFileMemory {
   enum class TextMatch { Equal, Different, Damaged };
   // Compares the entry's text with text as strcasecmp does, reading the
   // entry once; Damaged when the entry's text has no NUL below the used part.
-  TextMatch matchText(uint32_t textOffset, const char *text) const;
+  // size: strlen(text) + 1, taken once for a whole chain.
+  TextMatch matchText(uint32_t textOffset, const char *text, size_t size) const;
   // Appends an entry with a zero prefix and the text; it is not yet linked.
   uint32_t appendEntry(const char *text);
   // Links the entry at the end of its bucket's chain, so a chain keeps its

@@ -1,6 +1,8 @@
 // A hashed table of strings, each with a fixed-size data area, in a memory file.
 #include "storage/text_storage.h"
 
+#include <cstring>
+
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "storage/description_io.h"
@@ -50,8 +52,9 @@ void CTextStorage::reHash() {
 }
 
 uint32_t CTextStorage::lookup(const char *text, uint32_t hash) {
+  const size_t size = std::strlen(text) + 1;
   return findInChain(hash, [&](uint32_t entry) {
-    const TextMatch match = matchText(entry, text);
+    const TextMatch match = matchText(entry, text, size);
     if (match == TextMatch::Damaged) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     return match == TextMatch::Equal;
   });
