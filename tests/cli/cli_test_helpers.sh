@@ -38,6 +38,16 @@ expect_out() {  # exact expected stdout, description
 $1"
 }
 
+# finds EXPECTED DESCRIPTION ARGS...: `kurvo ARGS` prints exactly EXPECTED;
+# an empty EXPECTED also needs status 1 (nothing found).
+finds() {
+  local expected="$1" what="$2"
+  shift 2
+  kurvo "$@"
+  [ -n "$expected" ] || expect_status 1 "$what"
+  expect_out "$expected" "$what"
+}
+
 expect_contains() {  # text, description
   case "$OUT" in *"$1"*) ;; *) fail "$2: output lacks '$1'" ;; esac
 }

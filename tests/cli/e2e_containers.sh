@@ -9,14 +9,12 @@ cp "$DATA/docs.zip" "$DATA/mixed.tgz" "$DATA/notes.txt.gz" "$DATA/inbox.mbox" "$
 kurvo index "$D"
 expect_status 0 "index"
 
-kurvo search deep
-expect_out "$D/docs.zip::docs/sub/deep.txt
-$D/mixed.tgz::mixed.tar::docs/sub/deep.txt" "members of a zip and of a tar in a tgz"
+finds "$D/docs.zip::docs/sub/deep.txt
+$D/mixed.tgz::mixed.tar::docs/sub/deep.txt" "members of a zip and of a tar in a tgz" search deep
 kurvo search gamma
 expect_contains "$D/mixed.tgz::mixed.tar::inner.zip::notes.txt" "a zip in a tar in a tgz"
 expect_contains "$D/notes.txt.gz::notes.txt" "a gzip file's inner file"
-kurvo search pelicans
-expect_out "$D/inbox.mbox::dan@example.org 2004-05-08 09:10:11-1.txt" "a mail attachment"
+finds "$D/inbox.mbox::dan@example.org 2004-05-08 09:10:11-1.txt" "a mail attachment" search pelicans
 
 kurvo show "$D/mixed.tgz::mixed.tar::inner.zip::notes.txt" gamma
 expect_status 0 "show a member three archives deep"

@@ -21,22 +21,18 @@ N="$WORK/newdocs"
 put "$N/beta.txt" "replacement content"
 KURVO_HALT_AFTER=1 kurvo index "$N"
 expect_status 130 "interrupted index"
-kurvo search original
-expect_out "$D/alpha.txt" "old index still searchable after an interrupted index"
-kurvo search replacement
-expect_status 1 "interrupted run added nothing"
+finds "$D/alpha.txt" "old index still searchable after an interrupted index" search original
+finds "" "interrupted run added nothing" search replacement
 [ ! -e "$KURVO_HOME/indexes/default/store.new" ] || fail "work folder left behind"
 
 sleep 1
 put "$D/alpha.txt" "changed content"
 KURVO_HALT_AFTER=1 kurvo update
 expect_status 130 "interrupted update"
-kurvo search original
-expect_out "$D/alpha.txt" "old index still searchable after an interrupted update"
+finds "$D/alpha.txt" "old index still searchable after an interrupted update" search original
 kurvo update
 expect_status 0 "update after the interruption"
-kurvo search changed
-expect_out "$D/alpha.txt" "the next update takes the change in"
+finds "$D/alpha.txt" "the next update takes the change in" search changed
 
 kurvo index "$WORK/no/such/folder"
 expect_status 2 "missing folder"
@@ -74,7 +70,6 @@ one_line_error "update of a damaged file table"
 # Rebuilding repairs it.
 kurvo index "$D"
 expect_status 0 "rebuild over a corrupt store"
-kurvo search changed
-expect_out "$D/alpha.txt" "rebuilt index"
+finds "$D/alpha.txt" "rebuilt index" search changed
 
 finish

@@ -33,28 +33,19 @@ expect_status 0 "index"
 case "$ERR" in *'the converter "broken" in externanalyzers.txt is left out'*) ;; *) fail "rejected converter not named" ;; esac
 [ ! -e "$D/HACKED" ] && [ ! -e HACKED ] && [ ! -e "$KURVO_HOME/HACKED" ] || fail "a file name ran a command"
 
-kurvo search 'tartine croissant'
-expect_out "$D/cafe.html" "HTML words"
-kurvo search 'pumpkin zucchini'
-expect_out "$D/garden-libreoffice.rtf" "RTF words"
-kurvo search loudly
-expect_out "$D/\$(touch HACKED).up" "converted file found under its own name"
-kurvo search whisper
-expect_out "$D/a;touch HACKED.up" "second converted file"
-kurvo search converted
-expect_status 1 "the stuck converter's file has no words"
+finds "$D/cafe.html" "HTML words" search 'tartine croissant'
+finds "$D/garden-libreoffice.rtf" "RTF words" search 'pumpkin zucchini'
+finds "$D/\$(touch HACKED).up" "converted file found under its own name" search loudly
+finds "$D/a;touch HACKED.up" "second converted file" search whisper
+finds "" "the stuck converter's file has no words" search converted
 kurvo search 'caf*'
 expect_contains "$D/letter.mac" "Mac Roman words"
 
-kurvo search 'zucchini'
-expect_out "$D/garden-libreoffice.rtf
-$D/report-pdflatex.pdf" "PDF words beside RTF words"
-kurvo search 'lighthouse'
-expect_out "$D/invoice-ps2pdf.pdf" "the second page of a PDF"
-kurvo search bombshell
-expect_out "$D/bomb.pdf" "the start of a stream cut at its bound"
-kurvo search farewell
-expect_status 1 "what lies past a stream's bound is left out"
+finds "$D/garden-libreoffice.rtf
+$D/report-pdflatex.pdf" "PDF words beside RTF words" search 'zucchini'
+finds "$D/invoice-ps2pdf.pdf" "the second page of a PDF" search 'lighthouse'
+finds "$D/bomb.pdf" "the start of a stream cut at its bound" search bombshell
+finds "" "what lies past a stream's bound is left out" search farewell
 case "$ERR" in *bomb.pdf*) fail "a cut PDF is only said with --verbose" ;; esac
 kurvo show "$D/invoice-ps2pdf.pdf" lighthouse
 expect_contains "Second page: lighthouse maintenance" "PDF display"

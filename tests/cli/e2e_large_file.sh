@@ -16,7 +16,6 @@ sleep 1
 put "$D/small.txt" "mouse"
 kurvo update
 expect_status 0 "update"
-kurvo search elephantine
-expect_out "$D/huge.txt" "large file kept by an update"
+finds "$D/huge.txt" "large file kept by an update" search elephantine
 
 finish

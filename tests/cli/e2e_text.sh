@@ -47,9 +47,7 @@ kurvo show "$D/latin1.txt"
 [ "$OUT" = "$(cat "$V/latin1.txt")" ] || fail "show gives a Latin-1 file as UTF-8"
 kurvo show --outline "$D/boundary.txt" boundaryword
 expect_contains "boundaryword spans" "outline across a 64 KB boundary"
-kurvo show "$D/notes.txt.gz"
-expect_out "gzipped café words" "a gzip file shows the file inside"
-kurvo words 'caf*'
-expect_out "café	5" "words are printed in UTF-8"
+finds "gzipped café words" "a gzip file shows the file inside" show "$D/notes.txt.gz"
+finds "café	5" "words are printed in UTF-8" words 'caf*'
 
 finish

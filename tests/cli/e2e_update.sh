@@ -18,37 +18,28 @@ put "$D/newdir/deep.txt" "platypus"
 kurvo update
 expect_status 0 "update"
 expect_contains "Updated" "update summary"
-kurvo search wolf
-expect_out "$D/alpha.txt" "changed file has its new words"
-kurvo search fox
-expect_status 1 "changed file lost its old words"
-kurvo search bear
-expect_status 1 "deleted file is gone"
-kurvo search zebra
-expect_out "$D/sub/new.txt" "new file in an old folder"
-kurvo search platypus
-expect_out "$D/newdir/deep.txt" "file in a new folder"
-kurvo search brown
-expect_out "$D/alpha.txt" "re-indexed file listed once"
+finds "$D/alpha.txt" "changed file has its new words" search wolf
+finds "" "changed file lost its old words" search fox
+finds "" "deleted file is gone" search bear
+finds "$D/sub/new.txt" "new file in an old folder" search zebra
+finds "$D/newdir/deep.txt" "file in a new folder" search platypus
+finds "$D/alpha.txt" "re-indexed file listed once" search brown
 
 # --add joins a folder without a rebuild.
 E="$WORK/extra"
 put "$E/one.txt" "marmalade"
 kurvo index --add "$E"
-kurvo search marmalade
-expect_out "$E/one.txt" "added folder searchable"
+finds "$E/one.txt" "added folder searchable" search marmalade
 kurvo stats
 expect_contains "folder:         $E" "stats lists the added folder"
 kurvo index --add "$E/"
 expect_status 0 "adding a covered folder again"
-kurvo search marmalade
-expect_out "$E/one.txt" "no duplicates after adding twice"
+finds "$E/one.txt" "no duplicates after adding twice" search marmalade
 
 # A full index without folders rebuilds the recorded ones.
 kurvo index
-kurvo search 'marmalade | wolf'
-expect_out "$D/alpha.txt
-$E/one.txt" "rebuild covers all folders"
+finds "$D/alpha.txt
+$E/one.txt" "rebuild covers all folders" search 'marmalade | wolf'
 
 # Updates that find nothing changed read nothing and leave the store as it is.
 sleep 1
