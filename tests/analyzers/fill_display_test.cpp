@@ -6,7 +6,8 @@
 
 using kurvo_test::AnalyzerTest;
 using kurvo_test::CapturedMessages;
-using kurvo_test::throwsKurvo;
+using kurvo_test::Message;
+using kurvo_test::raised;
 
 namespace {
 
@@ -28,10 +29,8 @@ TEST_F(FillDisplayTest, TextIsStrippedAndCutAtMaxLength) {
   EXPECT_EQ(display(*analyzer, path, 0), "");
   CapturedMessages messages;
   const std::string missing = data.file("none.txt");
-  EXPECT_TRUE(throwsKurvo([&] { analyzer->fillDisplayBuffer(missing.c_str(), 0, 100, 0, true); }));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, "CannotOpenContentsFile");
-  EXPECT_EQ(messages.lastError()->argument, missing);
+  EXPECT_EQ(raised(messages, [&] { analyzer->fillDisplayBuffer(missing.c_str(), 0, 100, 0, true); }),
+            (Message{"CannotOpenContentsFile", missing}));
 }
 
 // Takes over a second for its first buffer, so a status is due after it.

@@ -37,10 +37,7 @@ TEST(Lifecycle, StoringTwiceWritesTheSameSummaryAndAMissingFolderFails) {
   EXPECT_FALSE(index->files->isWritable());
 
   const std::string missing = tmp.path() + "nowhere/";
-  EXPECT_TRUE(throwsKurvo([&] { index->storeStorage(missing); }));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, "StorageReadError");
-  EXPECT_EQ(messages.lastError()->argument, missing);
+  EXPECT_EQ(raised(messages, [&] { index->storeStorage(missing); }), (Message{"StorageReadError", missing}));
 }
 
 TEST(Lifecycle, AnIndexStoredOnTheOtherByteOrderIsRefusedAsSuch) {
@@ -51,26 +48,19 @@ TEST(Lifecycle, AnIndexStoredOnTheOtherByteOrderIsRefusedAsSuch) {
   std::string hash = tmp.read("hash");
   for (size_t i = 0; i + 4 <= hash.size(); i += 4) std::reverse(hash.begin() + i, hash.begin() + i + 4);
   tmp.write("hash", hash);
-  EXPECT_TRUE(throwsKurvo([&] { CKurvoIndex(false, tmp.path()); }));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, "StorageByteOrder");
-  EXPECT_EQ(messages.lastError()->argument, tmp.path());
+  EXPECT_EQ(raised(messages, [&] { CKurvoIndex(false, tmp.path()); }), (Message{"StorageByteOrder", tmp.path()}));
 }
 
 TEST(Lifecycle, OpeningWithoutSummaryAndLoadingAMissingSkipFileFail) {
   TempDir tmp;
   CapturedMessages messages;
-  EXPECT_TRUE(throwsKurvo([&] { CKurvoIndex(false, tmp.path()); }));
-  ASSERT_NE(messages.lastError(), nullptr);
-  EXPECT_EQ(messages.lastError()->key, "StorageReadError");
-  EXPECT_EQ(messages.lastError()->argument, tmp.path());
+  EXPECT_EQ(raised(messages, [&] { CKurvoIndex(false, tmp.path()); }), (Message{"StorageReadError", tmp.path()}));
 
   // Without a skip-file setting the file is looked for three folders above
   // the storage folder.
   CKurvoIndex index(true, tmp.path());
-  EXPECT_TRUE(throwsKurvo([&] { index.indexExclusions(); }));
-  EXPECT_EQ(messages.lastError()->key, "SkipOpenFail");
-  EXPECT_EQ(messages.lastError()->argument, index.configurationFolder() + "skipfile.txt");
+  EXPECT_EQ(raised(messages, [&] { index.indexExclusions(); }),
+            (Message{"SkipOpenFail", index.configurationFolder() + "skipfile.txt"}));
   ASSERT_NE(index.skipWords, nullptr);
   EXPECT_EQ(index.skipWords->getFirst(), 0u);
 }

@@ -6,8 +6,9 @@
 #include "test_support.h"
 
 using kurvo_test::CapturedMessages;
+using kurvo_test::Message;
+using kurvo_test::raised;
 using kurvo_test::TempDir;
-using kurvo_test::throwsKurvo;
 
 namespace {
 
@@ -61,10 +62,7 @@ TEST(FileMemory, RequestAboveTheIncrementRaisesGetHugeSpace) {
   EXPECT_EQ(mem.getNewSpace(64), 16u);
   for (uint32_t size : {65u, 3000000000u}) {
     CapturedMessages msgs;
-    EXPECT_TRUE(throwsKurvo([&] { mem.getNewSpace(size); }));
-    ASSERT_EQ(msgs.errors.size(), 1u);
-    EXPECT_EQ(msgs.errors[0].key, "GetHugeSpace");
-    EXPECT_EQ(msgs.errors[0].argument, std::to_string(size));
+    EXPECT_EQ(raised(msgs, [&] { mem.getNewSpace(size); }), (Message{"GetHugeSpace", std::to_string(size)}));
     EXPECT_EQ(mem.getUsed(), 80u);
   }
 }

@@ -49,6 +49,9 @@ TEST_F(FileStorage, ObsoleteRecordIsWalkedButNotFound) {
   EXPECT_EQ(t.getNext(gone), kept);
   const uint32_t again = add(t, "gone.txt", 36);
   EXPECT_EQ(t.lookupFile("gone.txt", 36), again);
+  char *empty = t.getData(add(t, "", 36));
+  file_record::markObsolete(empty);  // an empty name is left alone
+  EXPECT_STREQ(file_record::name(empty), "");
 }
 
 TEST_F(FileStorage, HostTimesAreSecondsSince1904TruncatedTowardZero) {
