@@ -39,35 +39,27 @@ const std::vector<StripCase> &stripCases() {
   using namespace std::string_literals;
   // The last space written ends up as a line feed (the first byte when there
   // is no space at all), so most sources end in " end".
-  static const std::vector<StripCase> cases = {{"CrLfIsOneLineFeed", "ab\r\ncd end", 0, "ab\ncd\nend"},
-                                               {"LoneCrIsOneLineFeed", "ab\rcd end", 0, "ab\ncd\nend"},
-                                               {"LoneLfIsOneLineFeed", "ab\ncd end", 0, "ab\ncd\nend"},
-                                               {"Byte227IsOneLineFeed",
-                                                "ab\xE3"
-                                                "cd end",
-                                                0, "ab \ncd\nend"},
-                                               {"CrAtBufferEndIsALineFeed", "ab cd\r", 0, "ab\ncd\n"},
-                                               {"BlankRunsBecomeOneSpace", "ab \t  cd\t\tef", 0, "ab cd\nef"},
-                                               {"NoSpaceMeansFirstByteBecomesLineFeed", "abcd", 0, "\nbcd"},
-                                               {"ProvisionalRunTakenBack", "ab **** cd", 0, "ab\ncd"},
-                                               {"NonAlphaAfterLineFeedCountsAsText", "ab\n** cd", 0, "ab\n**\ncd"},
-                                               {"ShownNonAlphaStays", "ab -- cd", 0, "ab --\ncd"},
-                                               {"NonAlphaInTextStays", "ab c** d", 0, "ab c**\nd"},
-                                               {"LettersAfterAProvisionalRunKeepItOpen", "ab **cd ef", 0, "ab\n**cdef"},
-                                               {"ThreeHighBitBytesShown",
-                                                "ab \x81\x82\x83"
-                                                "cd",
-                                                0,
-                                                "ab\n\x81\x82\x83"
-                                                "cd"},
-                                               {"FourHighBitBytesFiltered",
-                                                "ab \x81\x82\x83\x84"
-                                                "cd",
-                                                0, "ab\ncd"},
-                                               {"NulBehindShownCharacterSkipped", "a\0b\0 \0c\0d\0"s, 0, "ab\ncd"},
-                                               {"WrapAtLastSpace", "aaaa bbbb cccc dddd", 10, "aaaa bbbb\ncccc\ndddd"},
-                                               {"WrapWithoutSpaceBreaksFirstByte", "abcdefgh", 4, "\nbcdefgh"},
-                                               {"Empty", "", 0, ""}};
+  // clang-format off
+  static const std::vector<StripCase> cases = {
+      {"CrLfIsOneLineFeed", "ab\r\ncd end", 0, "ab\ncd\nend"},
+      {"LoneCrIsOneLineFeed", "ab\rcd end", 0, "ab\ncd\nend"},
+      {"LoneLfIsOneLineFeed", "ab\ncd end", 0, "ab\ncd\nend"},
+      {"Byte227IsOneLineFeed", "ab\xE3" "cd end", 0, "ab \ncd\nend"},
+      {"CrAtBufferEndIsALineFeed", "ab cd\r", 0, "ab\ncd\n"},
+      {"BlankRunsBecomeOneSpace", "ab \t  cd\t\tef", 0, "ab cd\nef"},
+      {"NoSpaceMeansFirstByteBecomesLineFeed", "abcd", 0, "\nbcd"},
+      {"ProvisionalRunTakenBack", "ab **** cd", 0, "ab\ncd"},
+      {"NonAlphaAfterLineFeedCountsAsText", "ab\n** cd", 0, "ab\n**\ncd"},
+      {"ShownNonAlphaStays", "ab -- cd", 0, "ab --\ncd"},
+      {"NonAlphaInTextStays", "ab c** d", 0, "ab c**\nd"},
+      {"LettersAfterAProvisionalRunKeepItOpen", "ab **cd ef", 0, "ab\n**cdef"},
+      {"ThreeHighBitBytesShown", "ab \x81\x82\x83" "cd", 0, "ab\n\x81\x82\x83" "cd"},
+      {"FourHighBitBytesFiltered", "ab \x81\x82\x83\x84" "cd", 0, "ab\ncd"},
+      {"NulBehindShownCharacterSkipped", "a\0b\0 \0c\0d\0"s, 0, "ab\ncd"},
+      {"WrapAtLastSpace", "aaaa bbbb cccc dddd", 10, "aaaa bbbb\ncccc\ndddd"},
+      {"WrapWithoutSpaceBreaksFirstByte", "abcdefgh", 4, "\nbcdefgh"},
+      {"Empty", "", 0, ""}};
+  // clang-format on
   return cases;
 }
 

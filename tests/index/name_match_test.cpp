@@ -13,48 +13,32 @@ struct MatchCase {
   int expected;
 };
 
-class NameMatch : public ::testing::Test {
- protected:
-};
+using NameMatch = ::testing::Test;
 
 std::string describe(const MatchCase &c) { return std::string(c.name) + " ~ " + c.pattern; }
 
 TEST_F(NameMatch, TermMatchUsesOnlyTheFirstTerm) {
-  const MatchCase cases[] = {{"Report.TXT", "*.txt", 1},
-                             {"a.text", "*.txt|*.text", 0},
-                             {"a.txt", "*.txt|*.text", 1},
-                             {"abc", "ab", 0},
-                             {"abc", "ab|x", 1},
-                             {"ab", "ab?", 1},
-                             {"abx", "*?x", 0},  // a star before a wildcard looks for it literally
-                             {"a?x", "*?x", 1},
-                             {"notes", "^ *.txt", 1},
-                             {"a.txt", "^*.txt", 0},
-                             // Anchored at the start, case-insensitive on both sides.
-                             {"xreport.txt", "report*", 0},
-                             {"REPORT", "rep*", 1},
-                             {"", "*", 1},
-                             {"", "", 1},
-                             {"a", "", 0},
-                             // A term followed by "&" only needs to match a prefix.
-                             {"abcdef", "abc&x", 1},
-                             // Trailing spaces before the end of the pattern are skipped.
-                             {"abc", "abc  ", 1}};
+  // A star before a wildcard looks for it literally; terms are anchored at the start and
+  // case-insensitive on both sides; a term followed by "&" only needs to match a prefix;
+  // trailing spaces before the end of the pattern are skipped.
+  // clang-format off
+  const MatchCase cases[] = {
+      {"Report.TXT", "*.txt", 1}, {"a.text", "*.txt|*.text", 0}, {"a.txt", "*.txt|*.text", 1}, {"abc", "ab", 0},
+      {"abc", "ab|x", 1}, {"ab", "ab?", 1}, {"abx", "*?x", 0}, {"a?x", "*?x", 1}, {"notes", "^ *.txt", 1},
+      {"a.txt", "^*.txt", 0}, {"xreport.txt", "report*", 0}, {"REPORT", "rep*", 1}, {"", "*", 1}, {"", "", 1},
+      {"a", "", 0}, {"abcdef", "abc&x", 1}, {"abc", "abc  ", 1}};
+  // clang-format on
   for (const MatchCase &c : cases) EXPECT_EQ(termMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 
 TEST_F(NameMatch, FileNameMatchEvaluatesTheWholePattern) {
-  const MatchCase cases[] = {{"main.c", "*.c&^tmp*", 1},
-                             {"tmp.c", "*.c&^tmp*", 0},
-                             {"x", "", 0},
-                             {"", "", 1},
-                             {"a.text", "*.txt|*.text", 1},
-                             {"a.TEXT", "*.txt | *.text", 1},
-                             // No precedence: (a* or b*) and c*.
-                             {"cat", "a*|b*&c*", 0},
-                             {"abc", "a*|b*&c*", 0},
-                             {"notes", "^*.txt", 1},
-                             {"notes.txt", "^*.txt", 0}};
+  // No precedence: "a*|b*&c*" is (a* or b*) and c*.
+  // clang-format off
+  const MatchCase cases[] = {
+      {"main.c", "*.c&^tmp*", 1}, {"tmp.c", "*.c&^tmp*", 0}, {"x", "", 0}, {"", "", 1}, {"a.text", "*.txt|*.text", 1},
+      {"a.TEXT", "*.txt | *.text", 1}, {"cat", "a*|b*&c*", 0}, {"abc", "a*|b*&c*", 0}, {"notes", "^*.txt", 1},
+      {"notes.txt", "^*.txt", 0}};
+  // clang-format on
   for (const MatchCase &c : cases) EXPECT_EQ(fileNameMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 

@@ -25,23 +25,15 @@ TEST(FileMemory, GrowsToTwiceTheLengthThenByTheIncrementOrToWhatIsNeeded) {
     uint32_t initial, increment;
     std::vector<GrowthStep> steps;
   };
-  const Case cases[] = {// Doubles while shorter than the increment; an exact fit never grows.
-                        {100,
-                         1000,
-                         {{84, 16, 100},
-                          {1, 100, 200},
-                          {99, 101, 200},
-                          {1, 200, 400},
-                          {199, 201, 400},
-                          {1, 400, 800},
-                          {399, 401, 800},
-                          {1, 800, 1600},
-                          {799, 801, 1600},
-                          {1, 1600, 2600},
-                          {999, 1601, 2600},
-                          {1000, 2600, 3600}}},
-                        // Neither 2L nor L + increment holds used + size: exactly used + size.
-                        {20, 1000, {{500, 16, 516}}}};
+  // Doubles while shorter than the increment; an exact fit never grows. When
+  // neither 2L nor L + increment holds used + size: exactly used + size.
+  // clang-format off
+  const Case cases[] = {
+      {100, 1000, {{84, 16, 100}, {1, 100, 200}, {99, 101, 200}, {1, 200, 400}, {199, 201, 400}, {1, 400, 800},
+                   {399, 401, 800}, {1, 800, 1600}, {799, 801, 1600}, {1, 1600, 2600}, {999, 1601, 2600},
+                   {1000, 2600, 3600}}},
+      {20, 1000, {{500, 16, 516}}}};
+  // clang-format on
   for (const Case &c : cases) {
     TempDir dir;
     CFileMemory mem(dir.file("region"), c.initial, c.increment);
