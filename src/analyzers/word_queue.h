@@ -22,6 +22,7 @@ class WordQueue {
     const size_t slot = (m_first + m_count++) % kSlots;
     std::memcpy(&m_texts[slot * m_slotSize], word, length + 1);
     m_hashes[slot] = textHash(word);
+    m_lengths[slot] = length;
     m_index.prefetchWordBucket(m_hashes[slot]);
     if (m_count > kDistance) m_index.prefetchWordEntry(m_hashes[(slot + kSlots - kDistance) % kSlots]);
   }
@@ -39,7 +40,8 @@ class WordQueue {
   static constexpr size_t kSlots = 2 * kDistance;
 
   uint32_t indexOldest() {
-    const uint32_t word = m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first]);
+    const uint32_t word =
+        m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first], m_lengths[m_first]);
     m_first = (m_first + 1) % kSlots;
     --m_count;
     return word;
@@ -50,6 +52,7 @@ class WordQueue {
   const size_t m_slotSize;
   std::vector<char> m_texts;  // kSlots slots of the longest word and its NUL
   uint32_t m_hashes[kSlots];
+  size_t m_lengths[kSlots];
   size_t m_first = 0;
   size_t m_count = 0;
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <map>
 #include <memory>
@@ -66,7 +67,11 @@ class CKurvoIndex {
   // Word indexing and skip words.
   uint32_t indexWord(const char *word, uint32_t fileNumber) { return indexWord(word, fileNumber, textHash(word)); }
   // The same with the word's hash (textHash) already known.
-  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash);
+  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash) {
+    return indexWord(word, fileNumber, hash, std::strlen(word));
+  }
+  // And with its length (strlen) too.
+  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length);
   // Hints that words of these hashes are about to be indexed: first the
   // word table's buckets, then the entries they lead to (always inlined, or
   // the optimizer drops them).

@@ -21,16 +21,16 @@ struct FileCloser {
 
 }  // namespace
 
-uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t hash) {
+uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length) {
   // One hash serves the skip table, the word table and a new word's chain.
   if (skipWords) {
-    uint32_t skipped = skipWords->lookup(word, hash);
+    uint32_t skipped = skipWords->lookup(word, hash, length);
     if (skipped) return skipped;
   }
 
   // Without the tables of a collecting index there is nowhere to record it.
   if (!words || !wordLinks) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  uint32_t wordNumber = words->lookup(word, hash);
+  uint32_t wordNumber = words->lookup(word, hash, length);
   if (!wordNumber) {
     wordNumber = words->addText(word, hash);
     ++WordsIndexed;

@@ -51,8 +51,8 @@ void CTextStorage::reHash() {
   }
 }
 
-uint32_t CTextStorage::lookup(const char *text, uint32_t hash) {
-  const size_t size = std::strlen(text) + 1;
+uint32_t CTextStorage::lookup(const char *text, uint32_t hash, size_t length) {
+  const size_t size = length + 1;
   return findInChain(hash, [&](uint32_t entry) {
     const TextMatch match = matchText(entry, text, size);
     if (match == TextMatch::Damaged) throwKurvoError(kurvo_keys::kAssertionFailed, "");

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "storage/hashed_storage.h"
 
@@ -27,8 +28,10 @@ class CTextStorage : public CHashedStorage {
   uint32_t addText(const char *text, uint32_t hash);
   uint32_t addText(const char *text) { return addText(text, textHash(text)); }
   // The first entry whose text equals text ignoring ASCII case, or 0.
-  uint32_t lookup(const char *text, uint32_t hash);
+  uint32_t lookup(const char *text, uint32_t hash) { return lookup(text, hash, std::strlen(text)); }
   uint32_t lookup(const char *text) { return lookup(text, textHash(text)); }
+  // The same with strlen(text) at hand.
+  uint32_t lookup(const char *text, uint32_t hash, size_t length);
   void addHash(const char *text, uint32_t textOffset);
   // Doubles the bucket count until it holds the entry count and relinks
   // every entry in storage order.
