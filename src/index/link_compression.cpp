@@ -103,93 +103,103 @@ void placeSizedBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entryS
   }
 }
 
-// Walks the word links ahead of the second pass. Each word's data and the
-// slot it will fill lie anywhere in tables larger than the caches, so they are
-// asked for early: a word's data kDistance pairs ahead, and once that has
-// arrived, the slot it then names kDistance pairs later. Only hints: nothing
-// is changed, and what lies outside the tables is passed over.
-class PairLookahead {
+// The word links read once, in order, as steps: a group's start (word 0),
+// then each of its (file, word) pairs. The steps are decoded kAhead ahead of
+// the pass, so that each pair's word data can be asked for early, and once
+// that has arrived the slot it names. Only hints: nothing is changed, and
+// what lies outside the tables is passed over.
+class StepStream {
  public:
-  PairLookahead(const CKurvoIndex &index, const CFileLinks &fileLinks, uint32_t entrySize)
+  struct Step {
+    uint32_t file;
+    uint32_t word;  // 0: the start of file's group
+    unsigned char count;
+  };
+
+  StepStream(const CKurvoIndex &index, const CFileLinks &fileLinks, uint32_t entrySize)
       : m_wordLinks(*index.wordLinks), m_words(*index.words), m_fileLinks(fileLinks), m_entrySize(entrySize) {
-    for (size_t i = 0; i < 2 * kDistance; ++i) askForData();
-    for (size_t i = 0; i < kDistance; ++i) askForSlot();
+    while (m_count < kRing && decode()) {
+    }
+    for (size_t i = kSlotDistance; i < kDataDistance && i < m_count; ++i) askForData(i);
+    for (size_t i = 0; i < kSlotDistance && i < m_count; ++i) askForData(i), askForSlot(i);
   }
 
-  // Called once for each pair the pass takes.
-  void next() {
-    askForData();
-    askForSlot();
+  bool empty() const { return m_count == 0; }
+  const Step &front() const { return m_ring[m_first]; }
+  void pop() {
+    m_first = (m_first + 1) % kRing;
+    --m_count;
+    decode();
+    if (m_count > kDataDistance) askForData(kDataDistance);
+    if (m_count > kSlotDistance) askForSlot(kSlotDistance);
   }
 
  private:
-  static constexpr size_t kDistance = 16;
+  static constexpr size_t kDataDistance = 32;
+  static constexpr size_t kSlotDistance = 16;
+  static constexpr size_t kRing = 64;
 
-  void askForData() {
-    if (!m_dataCursor.step(m_wordLinks)) return;
-    if (const char *data = m_words.recordedData(m_dataCursor.word)) __builtin_prefetch(data);
+  // Appends the next step; false at the end of the links.
+  bool decode() {
+    if (m_ended || m_count == kRing) return false;
+    Step &step = m_ring[(m_first + m_count) % kRing];
+    step.count = 0;
+    if (m_file) step.word = m_wordLinks.getWord(m_position, step.count);
+    if (!m_file || !step.word) {
+      m_file = m_wordLinks.getFile(m_position);
+      if (!m_file) return !(m_ended = true);
+      step.word = 0;
+    }
+    step.file = m_file;
+    ++m_count;
+    return true;
   }
-  void askForSlot() {
-    if (!m_slotCursor.step(m_wordLinks)) return;
-    const char *data = m_words.recordedData(m_slotCursor.word);
+  [[gnu::always_inline]] void askForData(size_t ahead) const {
+    const Step &step = m_ring[(m_first + ahead) % kRing];
+    if (!step.word) return;
+    if (const char *data = m_words.recordedData(step.word)) __builtin_prefetch(data);
+  }
+  [[gnu::always_inline]] void askForSlot(size_t ahead) const {
+    const Step &step = m_ring[(m_first + ahead) % kRing];
+    const char *data = step.word ? m_words.recordedData(step.word) : nullptr;
     // A word without a block has list position 0: its slot lies past the end.
     const char *slot = data ? m_fileLinks.getPointer(load32(data + word_data::kListPosition) - m_entrySize) : nullptr;
     if (slot) __builtin_prefetch(slot, 1);
   }
 
-  // One position in the word links, stepping pair by pair: past a group's
-  // end entry, on into the next group.
-  struct Cursor {
-    uint32_t position = 16;
-    bool inGroup = false;
-    uint32_t word = 0;
-    bool step(const CWordLinks &links) {
-      unsigned char count = 0;
-      for (int tries = 0; tries < 2; ++tries) {
-        if (!inGroup) {
-          if (!links.getFile(position)) return false;
-          inGroup = true;
-        }
-        word = links.getWord(position, count);
-        if (word) return true;
-        inGroup = false;
-      }
-      return false;
-    }
-  };
-
   const CWordLinks &m_wordLinks;
   const CTextStorage &m_words;
   const CFileLinks &m_fileLinks;
   const uint32_t m_entrySize;
-  Cursor m_dataCursor;
-  Cursor m_slotCursor;
+  uint32_t m_position = 16;
+  uint32_t m_file = 0;  // the group being decoded, 0 between groups
+  bool m_ended = false;
+  Step m_ring[kRing];
+  size_t m_first = 0;
+  size_t m_count = 0;
 };
 
 // Second pass: every (file, word) pair of the word links goes one slot down
 // in its word's new block, so a block reads newest file first.
 void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
-  const CWordLinks &wordLinks = *index.wordLinks;
   CTextStorage &words = *index.words;
-  PairLookahead lookahead(index, fileLinks, entrySize);
-  uint32_t position = 16;
   uint32_t linksRead = 0;
   uint32_t threshold = 0;
-  for (uint32_t file = wordLinks.getFile(position); file; file = wordLinks.getFile(position)) {
-    if (++linksRead >= threshold && index.ShowStatus) {
-      setStatus(kurvo_keys::kCompLinksFmt, rangeText(threshold, threshold + kCompressReportStep));
-      threshold += kCompressReportStep;
+  for (StepStream steps(index, fileLinks, entrySize); !steps.empty(); steps.pop()) {
+    const StepStream::Step &step = steps.front();
+    ++linksRead;
+    if (!step.word) {
+      if (linksRead >= threshold && index.ShowStatus) {
+        setStatus(kurvo_keys::kCompLinksFmt, rangeText(threshold, threshold + kCompressReportStep));
+        threshold += kCompressReportStep;
+      }
+      continue;
     }
-    unsigned char count = 0;
-    for (uint32_t word = wordLinks.getWord(position, count); word; word = wordLinks.getWord(position, count)) {
-      ++linksRead;
-      lookahead.next();
-      char *data = words.recordedData(word);
-      if (!data || !takesSlot(data, file)) continue;
-      const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
-      store32(data + word_data::kListPosition, slot);
-      fileLinks.addFile(slot, file, count);
-    }
+    char *data = words.recordedData(step.word);
+    if (!data || !takesSlot(data, step.file)) continue;
+    const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
+    store32(data + word_data::kListPosition, slot);
+    fileLinks.addFile(slot, step.file, step.count);
   }
 }
 
