@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -21,6 +20,10 @@ constexpr uint32_t kFirstEntry = 16;
 // No real table comes near this many buckets; a larger count in a summary
 // file means the file is damaged.
 constexpr uint32_t kMaxBuckets = 1u << 28;
+
+// ASCII letters only, whatever locale the host has set: the same index
+// must match the same words everywhere.
+unsigned char asciiLower(unsigned char c) { return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c + 32) : c; }
 
 }  // namespace
 
@@ -137,7 +140,7 @@ CHashedStorage::TextMatch CHashedStorage::matchText(uint32_t textOffset, const c
   // Words are looked up as they were stored, so most matches are exact.
   if (size <= m_nUsed - textOffset && std::memcmp(stored, wanted, size) == 0) return TextMatch::Equal;
   for (uint32_t i = 0; i < m_nUsed - textOffset; ++i) {
-    if (stored[i] != wanted[i] && std::tolower(stored[i]) != std::tolower(wanted[i]))
+    if (stored[i] != wanted[i] && asciiLower(stored[i]) != asciiLower(wanted[i]))
       return textLength(textOffset + i) == kNoText ? TextMatch::Damaged : TextMatch::Different;
     if (stored[i] == 0) return TextMatch::Equal;
   }
