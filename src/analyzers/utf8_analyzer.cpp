@@ -7,82 +7,66 @@
 #include <memory>
 
 #include "analyzers/c_handles.h"
+#include "analyzers/prepared_text.h"
 #include "analyzers/utf8_decoder.h"
+#include "analyzers/utf8_words.h"
 #include "analyzers/word_queue.h"
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "index/kurvo_index.h"
+#include "index/read_ahead.h"
 #include "storage/lower_case_table.h"
 
 namespace {
 
-constexpr size_t kReadSize = 65535;
+using utf8_words::kReadSize;
+using Words = utf8_words::WordCollector<WordQueue>;
 
-// Cuts decoded text into words by the index's character classes; a word may
-// run on from one piece into the next.
-class WordCollector {
- public:
-  WordCollector(CKurvoIndex &index, uint32_t file)
-      : m_index(index),
-        m_maxLength(index.longestWordSetting()),
-        m_word(static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 3),
-        m_queue(index, file, m_word.size()) {}
+// Room for the longest word the index takes, one more character and a NUL.
+size_t wordRoom(const CKurvoIndex &index) {
+  const long longest = index.longestWordSetting();
+  return static_cast<size_t>(longest > 0 ? longest : 0) + 3;
+}
 
-  void cut(const std::string &text) {
-    const int32_t *starts = m_index.validCharMask;
-    const int32_t *continues = m_index.validTrailingMask;
-    // Words one character longer than the maximum are still taken, as by
-    // the other analyzers; longer ones are not.
-    const size_t room = static_cast<size_t>(m_maxLength > 0 ? m_maxLength : 0) + 2;
-    for (const char ch : text) {
-      const unsigned char c = static_cast<unsigned char>(ch);
-      if ((starts[c] || (m_length && continues[c])) && c != kForeignCharacter) {
-        if (m_length < room)
-          m_word[m_length++] = static_cast<char>(lowerCase(c));
-        else
-          m_tooLong = true;
-      } else if (m_length) {
-        endWord();
-      }
-    }
-  }
-
-  // Ends the word in progress and indexes every word still waiting.
-  void finish() {
-    endWord();
-    flush();
-  }
-  // Leaves out the word in progress; the others are indexed.
-  void drop() {
-    m_length = 0;
-    flush();
-  }
-  // Indexes the words cut so far, before anything a host can see happens.
-  void flush() { m_queue.flush(); }
-
- private:
-  void endWord() {
-    const long length = static_cast<long>(m_length);
-    if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1) {
-      m_word[m_length] = '\0';
-      m_queue.push(m_word.data(), m_length);
-    }
-    m_length = 0;
-    m_tooLong = false;
-  }
-
-  CKurvoIndex &m_index;
-  long m_maxLength;
-  std::vector<char> m_word;  // the word so far, room for the longest and a NUL
-  size_t m_length = 0;
-  bool m_tooLong = false;
-  WordQueue m_queue;
-};
-
-void countForeign(CKurvoIndex &index, const Utf8Decoder &decoder) {
-  if (decoder.foreignCount() == 0) return;
-  index.ForeignCharacters += decoder.foreignCount();
+void countForeign(CKurvoIndex &index, uint64_t foreign) {
+  if (foreign == 0) return;
+  index.ForeignCharacters += foreign;
   index.FilesWithForeignText += 1;
+}
+
+// Indexes the words a read-ahead cut from the file, with the calls, in the
+// order, that reading it here makes.
+void indexPrepared(CKurvoIndex &index, const PreparedText &prepared, const char *path, uint32_t file) {
+  WordQueue queue(index, file, wordRoom(index));
+  size_t next = 0;
+  const auto indexUpTo = [&](size_t end) {
+    for (; next < end; ++next) {
+      const PreparedText::Word &word = prepared.words[next];
+      queue.push(prepared.texts.data() + word.offset, word.length, word.hash);
+    }
+    queue.flush();
+  };
+  for (const PreparedText::Read &read : prepared.reads) {
+    indexUpTo(read.wordsEnd);
+    index.BytesRead += static_cast<double>(read.got);
+    if (read.got) index.reportBytesRead(path);
+  }
+  if (prepared.cut)
+    index.reportSkipped("cut", path);
+  else
+    indexUpTo(prepared.words.size());
+  countForeign(index, prepared.foreign);
+  index.ContentsIndexed += 1;
+}
+
+// What a read-ahead has cut of the file, when it read the version recorded.
+std::unique_ptr<PreparedText> preparedText(const CKurvoIndex &index, const char *path, uint32_t file) {
+  if (!index.readAhead) return nullptr;
+  std::unique_ptr<PreparedText> prepared = index.readAhead->take(path);
+  const char *record = prepared ? index.files->getData(file) : nullptr;
+  if (!record || file_record::size(record) != prepared->size || file_record::time(record) != prepared->time)
+    return nullptr;
+  return prepared;
 }
 
 // Display text: CR LF and lone CR end lines, tabs stay, other control bytes
@@ -140,38 +124,31 @@ class DisplayBuilder {
 bool CUtf8Analyzer::canUseIndexBuffer() { return false; }
 
 bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
-  FileHandle file(std::fopen(path, "rb"));
-  if (!file) return false;
   CKurvoIndex &index = *m_pIndex;
-  const uint64_t maxRead = index.MaxPerFileRead > 0 ? static_cast<uint64_t>(index.MaxPerFileRead) : 0;
-  std::unique_ptr<char[]> buffer(new char[kReadSize]);
+  const uint32_t file = static_cast<uint32_t>(fileNumber);
+  if (std::unique_ptr<PreparedText> prepared = preparedText(index, path, file)) {
+    indexPrepared(index, *prepared, path, file);
+    return true;
+  }
+  FileHandle handle(std::fopen(path, "rb"));
+  if (!handle) return false;
+  WordQueue queue(index, file, wordRoom(index));
+  Words words(index, queue);
   Utf8Decoder decoder;
-  WordCollector words(index, static_cast<uint32_t>(fileNumber));
-  std::string text;
-  uint64_t total = 0;
-  bool cut = false;
-  for (;;) {
-    const size_t want = static_cast<size_t>(std::min<uint64_t>(kReadSize, maxRead - total));
-    const size_t got = want ? std::fread(buffer.get(), 1, want, file.get()) : 0;
-    total += got;
-    cut = want == 0 && total > 0 && std::fgetc(file.get()) != EOF;
-    const bool last = got == 0;
-    text.clear();
-    decoder.decode(buffer.get(), got, last, text);
-    words.cut(text);
-    words.flush();
+  const bool cut = utf8_words::cutFile(handle.get(), index, decoder, words, [&](size_t got) {
+    queue.flush();
     index.BytesRead += static_cast<double>(got);
     if (got) index.reportBytesRead(path);
-    if (last) break;
-  }
+  });
   // A word running into the read limit may be cut short: it is left out.
   if (cut) {
     words.drop();
     index.reportSkipped("cut", path);
   } else {
     words.finish();
+    queue.flush();
   }
-  countForeign(index, decoder);
+  countForeign(index, decoder.foreignCount());
   index.ContentsIndexed += 1;
   return true;
 }
@@ -180,10 +157,12 @@ int CUtf8Analyzer::indexBuffer(char *buffer, unsigned long length, unsigned long
   Utf8Decoder decoder;
   std::string text;
   decoder.decode(buffer, length, true, text);
-  WordCollector words(*m_pIndex, static_cast<uint32_t>(fileNumber));
+  WordQueue queue(*m_pIndex, static_cast<uint32_t>(fileNumber), wordRoom(*m_pIndex));
+  Words words(*m_pIndex, queue);
   words.cut(text);
   words.finish();
-  countForeign(*m_pIndex, decoder);
+  queue.flush();
+  countForeign(*m_pIndex, decoder.foreignCount());
   return 0;
 }
 

@@ -17,11 +17,13 @@ class WordQueue {
   WordQueue(CKurvoIndex &index, uint32_t file, size_t longest)
       : m_index(index), m_file(file), m_slotSize(longest + 1), m_texts(kSlots * m_slotSize) {}
 
-  void push(const char *word, size_t length) {
+  void push(const char *word, size_t length) { push(word, length, textHash(word)); }
+  // The same with textHash(word) at hand.
+  void push(const char *word, size_t length, uint32_t hash) {
     if (m_count == kSlots) indexOldest();
     const size_t slot = (m_first + m_count++) % kSlots;
     std::memcpy(&m_texts[slot * m_slotSize], word, length + 1);
-    m_hashes[slot] = textHash(word);
+    m_hashes[slot] = hash;
     m_lengths[slot] = length;
     m_index.prefetchWordBucket(m_hashes[slot]);
     if (m_count > kDistance) m_index.prefetchWordEntry(m_hashes[(slot + kSlots - kDistance) % kSlots]);

@@ -5,8 +5,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "analyzers/prepared_text.h"
+#include "analyzers/utf8_analyzer.h"
 #include "index/folder_reader.h"
 #include "index/kurvo_index.h"
+
+namespace {
+
+// Larger files are only read into the page cache: their words would take
+// memory while they wait.
+constexpr uint64_t kCutAheadLimit = 1 << 20;
+
+}  // namespace
 
 CReadAhead::CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead)
     : m_index(index), m_top(top), m_filesAhead(filesAhead) {
@@ -60,9 +70,15 @@ void CReadAhead::walk(const std::string &folder) {
     }
     if (type == DT_DIR) {
       if (!m_index.isExcluded(path.c_str())) walk(path);
-    } else if (type == DT_REG && m_index.analyzerThatMatches(path.c_str()) && !m_index.isExcluded(path.c_str())) {
-      if (!mayReadNext()) return;
-      readFile(reader.descriptor(), name);
+    } else if (type == DT_REG) {
+      const CFileAnalyzer *analyzer = m_index.analyzerThatMatches(path.c_str());
+      if (analyzer && !m_index.isExcluded(path.c_str())) {
+        if (!mayReadNext()) return;
+        if (dynamic_cast<const CUtf8Analyzer *>(analyzer))
+          prepareFile(reader.descriptor(), name, path, m_filesRead);
+        else
+          readFile(reader.descriptor(), name);
+      }
     }
     if (m_stopping) return;
   }
@@ -88,4 +104,38 @@ void CReadAhead::readFile(int folder, const std::string &name) {
   const off_t length = m_index.MaxPerFileRead > 0 ? static_cast<off_t>(m_index.MaxPerFileRead) : 0;
   if (length > 0) posix_fadvise(fd, 0, length, POSIX_FADV_WILLNEED);
   close(fd);
+}
+
+void CReadAhead::prepareFile(int folder, const std::string &name, const std::string &path, uint64_t number) {
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (number <= m_filesDone) return;
+    m_preparing = path;
+  }
+  std::unique_ptr<PreparedText> prepared;
+  try {
+    prepared = prepareText(m_index, folder, name, kCutAheadLimit);
+  } catch (...) {
+    // Out of memory: the analyzer reads the file itself.
+  }
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_preparing.clear();
+    if (prepared && number > m_filesDone) m_prepared[path] = {number, std::move(prepared)};
+  }
+  m_cutDone.notify_all();
+  if (!prepared) readFile(folder, name);
+}
+
+std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  m_cutDone.wait(lock, [&] { return m_preparing != path; });
+  // Files the walk has passed are dropped, whatever became of them.
+  for (auto it = m_prepared.begin(); it != m_prepared.end();)
+    it = it->second.first <= m_filesDone ? m_prepared.erase(it) : std::next(it);
+  auto found = m_prepared.find(path);
+  if (found == m_prepared.end()) return nullptr;
+  std::unique_ptr<PreparedText> prepared = std::move(found->second.second);
+  m_prepared.erase(found);
+  return prepared;
 }

@@ -4,17 +4,22 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
 class CKurvoIndex;
+struct PreparedText;
 
 // Walks a tree as indexDirectory does, in the same order, and has the kernel
 // read each file an analyzer will read (up to the index's read limit), so
-// that its bytes are in the page cache when the walk gets there. It stays at
-// most filesAhead files ahead of the walk, reports nothing, changes nothing
-// and only reads the index's patterns and settings, which a walk leaves alone.
+// that its bytes are in the page cache when the walk gets there. A small file
+// for the "utf8" analyzer is read and cut into words here instead, for the
+// analyzer to take. It stays at most filesAhead files ahead of the walk,
+// reports nothing, changes nothing and only reads the index's patterns and
+// settings, which a walk leaves alone.
 class CReadAhead {
  public:
   CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
@@ -24,6 +29,8 @@ class CReadAhead {
 
   // The walk is done with one more file that an analyzer read.
   void fileDone();
+  // The words cut from path, if it was cut here; waits while it is being cut.
+  std::unique_ptr<PreparedText> take(const std::string &path);
 
  private:
   void run();
@@ -32,6 +39,9 @@ class CReadAhead {
   bool mayReadNext();
   // Asks for the bytes of the file name in the open folder.
   void readFile(int folder, const std::string &name);
+  // Cuts the file name in the open folder, the walk's file number, unless
+  // the walk has passed it.
+  void prepareFile(int folder, const std::string &name, const std::string &path, uint64_t number);
 
   const CKurvoIndex &m_index;
   const std::string m_top;
@@ -41,6 +51,10 @@ class CReadAhead {
   uint64_t m_filesRead = 0;
   uint64_t m_filesDone = 0;
   bool m_waiting = false;
+  // Cut files by path, with their file numbers; the one being cut.
+  std::map<std::string, std::pair<uint64_t, std::unique_ptr<PreparedText>>> m_prepared;
+  std::string m_preparing;
+  std::condition_variable m_cutDone;
   std::atomic<bool> m_stopping{false};
   std::thread m_thread;
 };

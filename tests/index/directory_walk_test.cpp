@@ -131,22 +131,46 @@ TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
   }
 }
 
-TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordAndListAsItWas) {
+// Plain text read by "utf8" (cut into words ahead of the walk when small) and
+// by "generic" (only read ahead), a word across two reads, a file the read
+// limit cuts and one too large to be cut ahead.
+TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
   for (int i = 0; i < 60; ++i)
-    writeFile(top + "/d" + std::to_string(i % 4) + "/f" + std::to_string(i) + ".txt",
-              "common word" + std::to_string(i % 7) + " text\n");
+    writeFile(top + "/d" + std::to_string(i % 4) + "/f" + std::to_string(i) + (i % 3 ? ".u8" : ".txt"),
+              "common word" + std::to_string(i % 7) + " caf\xC3\xA9 \xCE\xBB text\n");
   writeFile(top + "/d1/skip.bin", "not read\n");
-  std::map<std::string, std::pair<uint32_t, WordFiles>> first;
+  writeFile(top + "/d2/across.u8", std::string(65530, ' ') + "acrossreads tail\n");
+  writeFile(top + "/d2/cut.u8", std::string(99990, ' ') + "kept cutword more\n");
+  writeFile(top + "/d3/large.u8", "largeword" + std::string(1100000, ' '));
+  using Lists = std::map<std::string, std::pair<uint32_t, WordFiles>>;
+  Lists first;
+  std::vector<std::string> firstStatuses;
   for (int readAhead : {0, 1, 8}) {
+    SCOPED_TRACE(readAhead);
     start();
+    index->setIncludeCount(2);
+    index->setIncludePattern(0, "*.txt", "generic");
+    index->setIncludePattern(1, "*.u8", "utf8");
     index->ReadAhead = readAhead;
+    index->MaxPerFileRead = 100000;
+    index->ShowStatus = 2;
+    index->ReportSkipped = 1;
+    // A slow host lets the read-ahead get ahead of the walk.
+    messages.statusMicroseconds = 2000;
+    messages.statuses.clear();
     index->indexDirectory(top.c_str(), topRecord);
     index->compressLinks();
-    std::map<std::string, std::pair<uint32_t, WordFiles>> lists;
+    Lists lists;
     for (const auto &[word, entry] : allWords(*index->words)) lists[word] = {entry, readWordFiles(*index, entry)};
-    if (readAhead == 0) first = lists;
-    EXPECT_EQ(lists, first) << readAhead;
-    EXPECT_EQ(records().size(), 66u);
+    std::vector<std::string> statuses;
+    for (const Message &m : messages.statuses)
+      if (m.key != kurvo_keys::kIndexingFile) statuses.push_back(m.key + " " + m.argument);
+    if (readAhead == 0) first = lists, firstStatuses = statuses;
+    EXPECT_EQ(lists, first);
+    EXPECT_EQ(statuses, firstStatuses);
+    EXPECT_EQ(records().size(), 69u);
+    EXPECT_TRUE(hasWord("acrossreads") && hasWord("kept") && hasWord("largeword") && !hasWord("cutword"));
+    EXPECT_EQ(index->FilesWithForeignText, 40u);
     index.reset();
   }
 }

@@ -65,6 +65,7 @@ int onStatus(const char *key, const char *argument, int fromLibrary) {
   if (!active) return 1;
   active->statuses.push_back({key, argument});
   active->statusFromLibrary.push_back(fromLibrary);
+  if (active->statusMicroseconds) usleep(static_cast<useconds_t>(active->statusMicroseconds));
   if (active->haltAtStatus > 0 && static_cast<int>(active->statuses.size()) >= active->haltAtStatus) return 0;
   return active->statusAnswer;
 }

@@ -70,6 +70,8 @@ class CapturedMessages {
   int statusAnswer = 1;
   // Answer 0 from the n-th status on (1-based); 0 disables.
   int haltAtStatus = 0;
+  // How long each status takes the host, to let other threads get ahead.
+  int statusMicroseconds = 0;
 
   const Message *lastError() const { return errors.empty() ? nullptr : &errors.back(); }
 };

@@ -1,0 +1,43 @@
+// PreparedText: the words of a UTF-8 text file cut ahead of its indexing, on the read-ahead thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class CKurvoIndex;
+
+// What indexing a UTF-8 text file takes from its bytes, in order: for each
+// read, the bytes read and the words that ended in it; then the last word,
+// unless the read limit cut the file short.
+struct PreparedText {
+  struct Word {
+    uint32_t offset;  // in texts
+    uint32_t length;
+    uint32_t hash;  // textHash
+  };
+  struct Read {
+    uint64_t got;
+    size_t wordsEnd;  // the words up to here ended in or before this read
+  };
+
+  // Word sink of the cutter.
+  void push(const char *word, size_t length);
+
+  std::string texts;  // the words back to back, each with its NUL
+  std::vector<Word> words;
+  std::vector<Read> reads;
+  bool cut = false;
+  uint64_t foreign = 0;
+  // The file as it was read; a record of another size or time was made of
+  // another version of it.
+  uint32_t size = 0;
+  int32_t time = 0;
+};
+
+// Reads and cuts the file name in the open folder as the "utf8" analyzer
+// would; null when it cannot be opened or holds more than limit bytes. Only
+// reads the file and the index's settings, and calls nothing back.
+std::unique_ptr<PreparedText> prepareText(const CKurvoIndex &index, int folder, const std::string &name,
+                                          uint64_t limit);
