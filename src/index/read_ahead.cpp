@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "analyzers/prepared_text.h"
 #include "analyzers/utf8_analyzer.h"
 #include "index/folder_reader.h"
@@ -13,8 +15,10 @@
 namespace {
 
 // Larger files are only read into the page cache: their words would take
-// memory while they wait.
+// memory while they wait. So are files that would take the bytes of the cut
+// files waiting past a budget.
 constexpr uint64_t kCutAheadLimit = 1 << 20;
+constexpr uint64_t kCutAheadBudget = 8 << 20;
 
 }  // namespace
 
@@ -107,21 +111,26 @@ void CReadAhead::readFile(int folder, const std::string &name) {
 }
 
 void CReadAhead::prepareFile(int folder, const std::string &name, const std::string &path, uint64_t number) {
+  uint64_t room = 0;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (number <= m_filesDone) return;
     m_preparing = path;
+    room = kCutAheadBudget > m_preparedBytes ? kCutAheadBudget - m_preparedBytes : 0;
   }
   std::unique_ptr<PreparedText> prepared;
   try {
-    prepared = prepareText(m_index, folder, name, kCutAheadLimit);
+    prepared = prepareText(m_index, folder, name, std::min(kCutAheadLimit, room));
   } catch (...) {
     // Out of memory: the analyzer reads the file itself.
   }
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_preparing.clear();
-    if (prepared && number > m_filesDone) m_prepared[path] = {number, std::move(prepared)};
+    if (prepared && number > m_filesDone) {
+      m_preparedBytes += prepared->size;
+      m_prepared[path] = {number, std::move(prepared)};
+    }
   }
   m_cutDone.notify_all();
   if (!prepared) readFile(folder, name);
@@ -131,11 +140,18 @@ std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {
   std::unique_lock<std::mutex> lock(m_mutex);
   m_cutDone.wait(lock, [&] { return m_preparing != path; });
   // Files the walk has passed are dropped, whatever became of them.
-  for (auto it = m_prepared.begin(); it != m_prepared.end();)
-    it = it->second.first <= m_filesDone ? m_prepared.erase(it) : std::next(it);
+  for (auto it = m_prepared.begin(); it != m_prepared.end();) {
+    if (it->second.first > m_filesDone) {
+      ++it;
+      continue;
+    }
+    m_preparedBytes -= it->second.second->size;
+    it = m_prepared.erase(it);
+  }
   auto found = m_prepared.find(path);
   if (found == m_prepared.end()) return nullptr;
   std::unique_ptr<PreparedText> prepared = std::move(found->second.second);
+  m_preparedBytes -= prepared->size;
   m_prepared.erase(found);
   return prepared;
 }

@@ -54,6 +54,7 @@ class CReadAhead {
   // Cut files by path, with their file numbers; the one being cut.
   std::map<std::string, std::pair<uint64_t, std::unique_ptr<PreparedText>>> m_prepared;
   std::string m_preparing;
+  uint64_t m_preparedBytes = 0;  // the sizes of the cut files waiting
   std::condition_variable m_cutDone;
   std::atomic<bool> m_stopping{false};
   std::thread m_thread;
