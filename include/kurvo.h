@@ -416,7 +416,7 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
 /* Beyond the classic behaviour (default 0): while kidxIndexDirectory walks a
  * tree, a second thread walks it ahead in the same order and reads up to
  * files files ahead of it (each up to the read limit), so that their bytes
- * are in memory when they are indexed; files of up to 1 MiB for the "utf8"
+ * are in memory when they are indexed; files of 2 KiB to 1 MiB for the "utf8"
  * analyzer it also decodes and cuts into words, which the analyzer then
  * takes instead of reading the file again (unless the file's size or time
  * has changed since). Every callback still comes on the caller's thread, the

@@ -1,7 +1,6 @@
 // PreparedText: reading and cutting a UTF-8 text file ahead of its indexing.
 #include "analyzers/prepared_text.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,14 +13,8 @@ void PreparedText::push(const char *word, size_t length) {
   texts.append(word, length + 1);
 }
 
-std::unique_ptr<PreparedText> prepareText(const CKurvoIndex &index, int folder, const std::string &name,
-                                          uint64_t limit) {
-  const int fd = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-  if (fd < 0) return nullptr;
-  struct stat info;
-  FileHandle file(fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && static_cast<uint64_t>(info.st_size) <= limit
-                      ? fdopen(fd, "rb")
-                      : nullptr);
+std::unique_ptr<PreparedText> prepareText(const CKurvoIndex &index, int fd, const struct stat &info) {
+  FileHandle file(fdopen(fd, "rb"));
   if (!file) {
     close(fd);
     return nullptr;

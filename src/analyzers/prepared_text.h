@@ -7,6 +7,7 @@
 #include <vector>
 
 class CKurvoIndex;
+struct stat;
 
 // What indexing a UTF-8 text file takes from its bytes, in order: for each
 // read, the bytes read and the words that ended in it; then the last word,
@@ -36,8 +37,7 @@ struct PreparedText {
   int32_t time = 0;
 };
 
-// Reads and cuts the file name in the open folder as the "utf8" analyzer
-// would; null when it cannot be opened or holds more than limit bytes. Only
-// reads the file and the index's settings, and calls nothing back.
-std::unique_ptr<PreparedText> prepareText(const CKurvoIndex &index, int folder, const std::string &name,
-                                          uint64_t limit);
+// Reads and cuts the open file fd, of the given status, as the "utf8"
+// analyzer would, and closes it; null when it cannot be read. Only reads the
+// file and the index's settings, and calls nothing back.
+std::unique_ptr<PreparedText> prepareText(const CKurvoIndex &index, int fd, const struct stat &info);

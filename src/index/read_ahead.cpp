@@ -14,9 +14,11 @@
 
 namespace {
 
-// Larger files are only read into the page cache: their words would take
-// memory while they wait. So are files that would take the bytes of the cut
-// files waiting past a budget.
+// Other files are only read into the page cache: small ones cost the walk
+// little to cut, and the words of large ones would take memory while they
+// wait. So are files that would take the bytes of the cut files waiting past
+// a budget.
+constexpr off_t kCutAheadSmallest = 2048;
 constexpr uint64_t kCutAheadLimit = 1 << 20;
 constexpr uint64_t kCutAheadBudget = 8 << 20;
 
@@ -78,10 +80,7 @@ void CReadAhead::walk(const std::string &folder) {
       const CFileAnalyzer *analyzer = m_index.analyzerThatMatches(path.c_str());
       if (analyzer && !m_index.isExcluded(path.c_str())) {
         if (!mayReadNext()) return;
-        if (dynamic_cast<const CUtf8Analyzer *>(analyzer))
-          prepareFile(reader.descriptor(), name, path, m_filesRead);
-        else
-          readFile(reader.descriptor(), name);
+        readFile(reader.descriptor(), name, path, m_filesRead, dynamic_cast<const CUtf8Analyzer *>(analyzer));
       }
     }
     if (m_stopping) return;
@@ -99,10 +98,22 @@ bool CReadAhead::mayReadNext() {
   return !m_stopping;
 }
 
-void CReadAhead::readFile(int folder, const std::string &name) {
+void CReadAhead::readFile(int folder, const std::string &name, const std::string &path, uint64_t number, bool forUtf8) {
   // Opened relative to its folder: the kernel need not walk the whole path again.
   const int fd = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (fd < 0) return;
+  struct stat info;
+  if (forUtf8 && fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size >= kCutAheadSmallest &&
+      static_cast<uint64_t>(info.st_size) <= kCutAheadLimit && mayCut(path, number, info.st_size)) {
+    std::unique_ptr<PreparedText> prepared;
+    try {
+      prepared = prepareText(m_index, fd, info);
+    } catch (...) {
+      // Out of memory: the analyzer reads the file itself.
+    }
+    cutDone(path, number, std::move(prepared));
+    return;
+  }
   // The analyzers read no further than the read limit. The kernel is asked
   // to bring the bytes in; a cached file costs nothing more.
   const off_t length = m_index.MaxPerFileRead > 0 ? static_cast<off_t>(m_index.MaxPerFileRead) : 0;
@@ -110,20 +121,14 @@ void CReadAhead::readFile(int folder, const std::string &name) {
   close(fd);
 }
 
-void CReadAhead::prepareFile(int folder, const std::string &name, const std::string &path, uint64_t number) {
-  uint64_t room = 0;
-  {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (number <= m_filesDone) return;
-    m_preparing = path;
-    room = kCutAheadBudget > m_preparedBytes ? kCutAheadBudget - m_preparedBytes : 0;
-  }
-  std::unique_ptr<PreparedText> prepared;
-  try {
-    prepared = prepareText(m_index, folder, name, std::min(kCutAheadLimit, room));
-  } catch (...) {
-    // Out of memory: the analyzer reads the file itself.
-  }
+bool CReadAhead::mayCut(const std::string &path, uint64_t number, uint64_t size) {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  if (number <= m_filesDone || m_preparedBytes + size > kCutAheadBudget) return false;
+  m_preparing = path;
+  return true;
+}
+
+void CReadAhead::cutDone(const std::string &path, uint64_t number, std::unique_ptr<PreparedText> prepared) {
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_preparing.clear();
@@ -133,7 +138,6 @@ void CReadAhead::prepareFile(int folder, const std::string &name, const std::str
     }
   }
   m_cutDone.notify_all();
-  if (!prepared) readFile(folder, name);
 }
 
 std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {

@@ -15,11 +15,11 @@ struct PreparedText;
 
 // Walks a tree as indexDirectory does, in the same order, and has the kernel
 // read each file an analyzer will read (up to the index's read limit), so
-// that its bytes are in the page cache when the walk gets there. A small file
-// for the "utf8" analyzer is read and cut into words here instead, for the
-// analyzer to take. It stays at most filesAhead files ahead of the walk,
-// reports nothing, changes nothing and only reads the index's patterns and
-// settings, which a walk leaves alone.
+// that its bytes are in the page cache when the walk gets there. A file of
+// 2 KiB to 1 MiB for the "utf8" analyzer is read and cut into words here
+// instead, for the analyzer to take. It stays at most filesAhead files ahead
+// of the walk, reports nothing, changes nothing and only reads the index's
+// patterns and settings, which a walk leaves alone.
 class CReadAhead {
  public:
   CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
@@ -37,11 +37,14 @@ class CReadAhead {
   void walk(const std::string &folder);
   // Waits until the walk is near enough; false once stopping.
   bool mayReadNext();
-  // Asks for the bytes of the file name in the open folder.
-  void readFile(int folder, const std::string &name);
-  // Cuts the file name in the open folder, the walk's file number, unless
-  // the walk has passed it.
-  void prepareFile(int folder, const std::string &name, const std::string &path, uint64_t number);
+  // Asks for the bytes of the file name in the open folder, the walk's file
+  // number; one for the "utf8" analyzer may be cut into words instead.
+  void readFile(int folder, const std::string &name, const std::string &path, uint64_t number, bool forUtf8);
+  // Whether the file may be cut now: the walk has not passed it and the
+  // budget holds it. Marks it as being cut.
+  bool mayCut(const std::string &path, uint64_t number, uint64_t size);
+  // Keeps what was cut (nothing when prepared is null) for take().
+  void cutDone(const std::string &path, uint64_t number, std::unique_ptr<PreparedText> prepared);
 
   const CKurvoIndex &m_index;
   const std::string m_top;

@@ -135,9 +135,12 @@ TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
 // by "generic" (only read ahead), a word across two reads, a file the read
 // limit cuts and one too large to be cut ahead.
 TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
-  for (int i = 0; i < 60; ++i)
-    writeFile(top + "/d" + std::to_string(i % 4) + "/f" + std::to_string(i) + (i % 3 ? ".u8" : ".txt"),
-              "common word" + std::to_string(i % 7) + " caf\xC3\xA9 \xCE\xBB text\n");
+  for (int i = 0; i < 60; ++i) {
+    std::string text;
+    for (int line = 0; line < 3 * i; ++line)
+      text += "common word" + std::to_string((i + line) % 7) + " caf\xC3\xA9 \xCE\xBB\n";
+    writeFile(top + "/d" + std::to_string(i % 4) + "/f" + std::to_string(i) + (i % 3 ? ".u8" : ".txt"), text);
+  }
   writeFile(top + "/d1/skip.bin", "not read\n");
   writeFile(top + "/d2/across.u8", std::string(65530, ' ') + "acrossreads tail\n");
   writeFile(top + "/d2/cut.u8", std::string(99990, ' ') + "kept cutword more\n");
