@@ -17,6 +17,7 @@
 
 class CFileAnalyzer;
 class CReadAhead;
+class FolderStat;
 struct stat;
 
 class CKurvoIndex {
@@ -97,7 +98,7 @@ class CKurvoIndex {
   enum class PruneAction { None, Drop, Refresh };
   // What prune does with one record; path and info are filled for Refresh.
   PruneAction pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched, std::string &path,
-                          struct stat &info);
+                          struct stat &info, FolderStat &folders);
   void compressLinks();
   // Beyond the classic behaviour: one block per word without removed files,
   // in a new "links" that replaces the old one only once it is complete.

@@ -2,11 +2,13 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "analyzers/file_analyzer.h"
 #include "report/message_keys.h"
 #include "report/reporting.h"
+#include "index/folder_stat.h"
 #include "index/kurvo_index.h"
 #include "storage/table_sizes.h"
 
@@ -112,6 +114,7 @@ void CKurvoIndex::prune() {
 
   std::string path;
   struct stat info;
+  FolderStat folders;
   for (uint32_t record = files->getFirst(); record && record < recordLimit; record = files->getNext(record)) {
     ++visited;
     // Formatted only when a report is due: most records pass without one.
@@ -119,7 +122,7 @@ void CKurvoIndex::prune() {
 
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    const PruneAction action = pruneAction(record, data, lastParentFetched, path, info);
+    const PruneAction action = pruneAction(record, data, lastParentFetched, path, info, folders);
     if (action == PruneAction::Drop) {
       file_record::markObsolete(files->getData(record));
     } else if (action == PruneAction::Refresh && file_record::parent(data) == 0) {
@@ -133,11 +136,14 @@ void CKurvoIndex::prune() {
 }
 
 CKurvoIndex::PruneAction CKurvoIndex::pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched,
-                                                  std::string &path, struct stat &info) {
+                                                  std::string &path, struct stat &info, FolderStat &folders) {
   if (file_record::isObsolete(data)) return PruneAction::None;
   path = prunedPath(record, data, lastParentFetched);
   if (path.empty() || isKept(keptFolders, path)) return PruneAction::None;
-  if (stat(path.c_str(), &info) != 0) return PruneAction::Drop;
+  const int found = file_record::parent(data) == 0
+                        ? stat(path.c_str(), &info)
+                        : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &info);
+  if (found != 0) return PruneAction::Drop;
   const bool changed =
       static_cast<int32_t>(info.st_mtime) > TimeBase || (ExactUpdates && differsFromRecord(data, info));
   return changed ? PruneAction::Refresh : PruneAction::None;
@@ -148,10 +154,11 @@ bool CKurvoIndex::hasChanges() {
   uint32_t lastParentFetched = 0;
   std::string path;
   struct stat info;
+  FolderStat folders;
   for (uint32_t record = files->getFirst(); record; record = files->getNext(record)) {
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    if (pruneAction(record, data, lastParentFetched, path, info) != PruneAction::None) return true;
+    if (pruneAction(record, data, lastParentFetched, path, info, folders) != PruneAction::None) return true;
   }
   return false;
 }

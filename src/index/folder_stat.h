@@ -1,0 +1,46 @@
+// FolderStat: stat of files by path, the folder of the last one kept open for the next.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+// Records come folder by folder, so the folder of the last file looked at is
+// kept open and the next file in it is looked up there: the kernel resolves
+// one name instead of the whole path. Where the folder cannot be opened, the
+// whole path is used. The answers are stat's (links followed).
+class FolderStat {
+ public:
+  FolderStat() = default;
+  ~FolderStat() { closeFolder(); }
+  FolderStat(const FolderStat &) = delete;
+  FolderStat &operator=(const FolderStat &) = delete;
+
+  // stat of path, whose last name starts at nameStart (after a '/').
+  int stat(const std::string &path, size_t nameStart, struct stat *info) {
+    const size_t folderLength = nameStart - 1;
+    if (m_folder.size() != folderLength || path.compare(0, folderLength, m_folder) != 0) {
+      closeFolder();
+      m_folder.assign(path, 0, folderLength);
+      m_fd = open(m_folder.empty() ? "/" : m_folder.c_str(), kFolderFlags);
+    }
+    return m_fd >= 0 ? fstatat(m_fd, path.c_str() + nameStart, info, 0) : ::stat(path.c_str(), info);
+  }
+
+ private:
+#ifdef O_PATH
+  static constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+#else
+  static constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+#endif
+
+  void closeFolder() {
+    if (m_fd >= 0) close(m_fd);
+    m_fd = -1;
+  }
+
+  std::string m_folder;
+  int m_fd = -1;
+};
