@@ -1,6 +1,7 @@
 // CKurvoIndex: one index in one storage folder, its tables, settings and masks.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -99,6 +100,13 @@ class CKurvoIndex {
   // What prune does with one record; path and info are filled for Refresh.
   PruneAction pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched, std::string &path,
                           struct stat &info, FolderStat &folders);
+  // The same for a record whose path is known.
+  PruneAction actionForPath(const char *data, const std::string &path, struct stat &info, FolderStat &folders) const;
+  bool recordsChanged(uint32_t first, uint32_t end);
+  enum class QuietCheck { Unchanged, Changed, Broken };
+  QuietCheck recordsChangedQuietly(uint32_t first, const std::atomic<bool> &stop) const;
+  // Tables of fewer records are checked on the caller's thread alone.
+  static constexpr uint32_t kRecordsForHelper = 1000;
   void compressLinks();
   // Beyond the classic behaviour: one block per word without removed files,
   // in a new "links" that replaces the old one only once it is complete.

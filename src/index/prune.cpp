@@ -2,7 +2,10 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <atomic>
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <string>
 
 #include "analyzers/file_analyzer.h"
@@ -42,6 +45,23 @@ bool isKept(const std::vector<std::string> &folders, const std::string &path) {
   return false;
 }
 
+// The path prunedPath gives; false, saying nothing, when the record's
+// parent cannot be fetched.
+bool recordPath(const CFileStorage &files, const char *data, std::string &path) {
+  const uint32_t parent = file_record::parent(data);
+  if (parent == 0) {
+    path = file_record::name(data);
+    return true;
+  }
+  const char *folder = files.getData(parent);
+  if (!folder) return false;
+  if (file_record::parent(folder) != 0)
+    path.clear();
+  else
+    path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
+  return true;
+}
+
 std::string progressText(uint32_t visited, uint32_t total) {
   char text[32];
   std::snprintf(text, sizeof text, "%d/%d", static_cast<int>(visited), static_cast<int>(total));
@@ -53,10 +73,9 @@ std::string progressText(uint32_t visited, uint32_t total) {
 // The path of a folder or of a file in a folder; "" for a member of an
 // archive or mailbox, which only its container knows.
 std::string CKurvoIndex::prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched) {
+  std::string path;
   const uint32_t parent = file_record::parent(data);
-  if (parent == 0) return file_record::name(data);
-  const char *folder = files->getData(parent);
-  if (!folder) {
+  if (!recordPath(*files, data, path)) {
     try {
       throwKurvoError(kurvo_keys::kAssertionFailed, "");
     } catch (int) {
@@ -64,9 +83,8 @@ std::string CKurvoIndex::prunedPath(uint32_t record, const char *data, uint32_t 
       throwKurvoError(kurvo_keys::kPruneParentError, "");
     }
   }
-  lastParentFetched = parent;
-  if (file_record::parent(folder) != 0) return "";
-  return std::string(file_record::name(folder)) + '/' + file_record::name(data);
+  if (parent != 0) lastParentFetched = parent;
+  return path;
 }
 
 // A changed file: its record takes the new time and size, and a file that an
@@ -139,6 +157,11 @@ CKurvoIndex::PruneAction CKurvoIndex::pruneAction(uint32_t record, const char *d
                                                   std::string &path, struct stat &info, FolderStat &folders) {
   if (file_record::isObsolete(data)) return PruneAction::None;
   path = prunedPath(record, data, lastParentFetched);
+  return actionForPath(data, path, info, folders);
+}
+
+CKurvoIndex::PruneAction CKurvoIndex::actionForPath(const char *data, const std::string &path, struct stat &info,
+                                                    FolderStat &folders) const {
   if (path.empty() || isKept(keptFolders, path)) return PruneAction::None;
   const int found = file_record::parent(data) == 0
                         ? stat(path.c_str(), &info)
@@ -149,16 +172,68 @@ CKurvoIndex::PruneAction CKurvoIndex::pruneAction(uint32_t record, const char *d
   return changed ? PruneAction::Refresh : PruneAction::None;
 }
 
-bool CKurvoIndex::hasChanges() {
-  if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+// The records from first up to end (0: the last) in the order prune visits
+// them: whether one vanished or changed.
+bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end) {
   uint32_t lastParentFetched = 0;
   std::string path;
   struct stat info;
   FolderStat folders;
-  for (uint32_t record = files->getFirst(); record; record = files->getNext(record)) {
+  for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
     if (pruneAction(record, data, lastParentFetched, path, info, folders) != PruneAction::None) return true;
   }
   return false;
+}
+
+// The same from first to the last record, on a helper thread, which must not
+// call the host back: Broken where the caller's thread would raise an error.
+CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, const std::atomic<bool> &stop) const {
+  std::string path;
+  struct stat info;
+  FolderStat folders;
+  for (uint32_t record = first; record && !stop; record = files->getNext(record)) {
+    const char *data = files->getData(record);
+    if (!data) return QuietCheck::Broken;
+    if (file_record::isObsolete(data)) continue;
+    if (!recordPath(*files, data, path)) return QuietCheck::Broken;
+    if (actionForPath(data, path, info, folders) != PruneAction::None) return QuietCheck::Changed;
+  }
+  return QuietCheck::Unchanged;
+}
+
+bool CKurvoIndex::hasChanges() {
+  if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
+  // Checking a record is mostly a stat, so a large table is checked in two
+  // halves at once, the second on a helper thread. The answer is the one a
+  // check in order gives, its errors included.
+  uint32_t count = 0;
+  for (uint32_t record = files->getFirst(); record; record = files->getNext(record)) ++count;
+  if (count < kRecordsForHelper) return recordsChanged(files->getFirst(), 0);
+  uint32_t middle = files->getFirst();
+  for (uint32_t i = 0; i < count / 2; ++i) middle = files->getNext(middle);
+
+  std::atomic<bool> stop{false};
+  QuietCheck second = QuietCheck::Broken;
+  std::thread helper;
+  try {
+    helper = std::thread([&] { second = recordsChangedQuietly(middle, stop); });
+  } catch (const std::system_error &) {
+    return recordsChanged(files->getFirst(), 0);
+  }
+  // The helper is stopped once the first half has answered for both.
+  bool changed = false;
+  try {
+    changed = recordsChanged(files->getFirst(), middle);
+  } catch (...) {
+    stop = true;
+    helper.join();
+    throw;
+  }
+  if (changed) stop = true;
+  helper.join();
+  if (changed) return true;
+  if (second == QuietCheck::Broken) return recordsChanged(middle, 0);
+  return second == QuietCheck::Changed;
 }

@@ -182,3 +182,57 @@ TEST_F(Prune, HasChangesSaysWhetherPruningWouldFindAnythingAndChangesNothing) {
     index.reset();
   }
 }
+
+// Past a thousand records the check runs in two halves at once; its answers,
+// and its errors, stay those of a check in record order.
+TEST_F(Prune, HasChangesOverALargeTableAnswersAsInOrder) {
+  for (int i = 0; i < 1200; ++i) put("many/f" + std::to_string(i) + ".txt", "many words\n", kBase - 100);
+  setMTime(top + "/many", kBase - 100);
+  touchFolders(kBase - 100, kBase - 100, kBase - 100);
+  const auto inOrder = [this] {
+    std::vector<std::string> paths;
+    for (uint32_t n = index->files->getFirst(); n; n = index->files->getNext(n))
+      if (file_record::parent(index->files->getData(n)) != 0)
+        paths.push_back(std::string(index->files->getText(file_record::parent(index->files->getData(n)))) + "/" +
+                        index->files->getText(n));
+    return paths;
+  };
+  const auto orphan = [this] {
+    file_record::setParent(index->files->getData(index->files->addFile("orphan.txt")), 0x7ffffff0);
+  };
+  const struct {
+    const char *what;
+    std::function<void(const std::vector<std::string> &)> change;
+    const char *expected;  // "true", "false" or the error raised
+  } cases[] = {
+      {"nothing", [](auto &) {}, "false"},
+      {"a newer file early", [](auto &paths) { setMTime(paths[5], kBase + 1); }, "true"},
+      {"a newer file late", [](auto &paths) { setMTime(paths[paths.size() - 5], kBase + 1); }, "true"},
+      {"a vanished file late",
+       [this](auto &paths) {
+         std::filesystem::remove(paths[paths.size() - 9]);
+         touchFolders(kBase - 100, kBase - 100, kBase - 100);
+         setMTime(top + "/many", kBase - 100);
+       },
+       "true"},
+      {"a broken parent late", [&](auto &) { orphan(); }, kurvo_keys::kPruneParentError},
+      {"a change early, a broken parent late",
+       [&](auto &paths) {
+         setMTime(paths[5], kBase + 1);
+         orphan();
+       },
+       "true"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.what);
+    SetUp();
+    for (int i = 0; i < 1200; ++i) setMTime(top + "/many/f" + std::to_string(i) + ".txt", kBase - 100);
+    build();
+    index->reportFolder = tmp.path();
+    c.change(inOrder());
+    bool answer = false;
+    const Message error = raised(messages, [&] { answer = index->hasChanges(); });
+    EXPECT_EQ(error.key == "nothing raised" ? (answer ? "true" : "false") : error.key, c.expected);
+    index.reset();
+  }
+}
