@@ -222,6 +222,20 @@ class IndexRunTest : public ::testing::Test {
   }
   std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
   bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
+  // Which of these paths below top have records, and which words are indexed.
+  std::set<std::string> recordedAmong(const std::set<std::string> &paths) const {
+    const auto found = records();
+    std::set<std::string> out;
+    for (const std::string &path : paths)
+      if (found.count(top + path)) out.insert(path);
+    return out;
+  }
+  std::set<std::string> indexedAmong(const std::set<std::string> &words) const {
+    std::set<std::string> out;
+    for (const std::string &word : words)
+      if (hasWord(word.c_str())) out.insert(word);
+    return out;
+  }
 
   CapturedMessages messages;
   TempDir tmp;
