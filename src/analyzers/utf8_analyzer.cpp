@@ -28,6 +28,12 @@ size_t wordRoom(const CKurvoIndex &index) {
   return static_cast<size_t>(longest > 0 ? longest : 0) + 3;
 }
 
+// A read of got bytes done: counted, and said when the host asks for it.
+void countRead(CKurvoIndex &index, uint64_t got, const char *path) {
+  index.BytesRead += static_cast<double>(got);
+  if (got) index.reportBytesRead(path);
+}
+
 void countForeign(CKurvoIndex &index, uint64_t foreign) {
   if (foreign == 0) return;
   index.ForeignCharacters += foreign;
@@ -48,8 +54,7 @@ void indexPrepared(CKurvoIndex &index, const PreparedText &prepared, const char 
   };
   for (const PreparedText::Read &read : prepared.reads) {
     indexUpTo(read.wordsEnd);
-    index.BytesRead += static_cast<double>(read.got);
-    if (read.got) index.reportBytesRead(path);
+    countRead(index, read.got, path);
   }
   if (prepared.cut)
     index.reportSkipped("cut", path);
@@ -137,8 +142,7 @@ bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
   Utf8Decoder decoder;
   const bool cut = utf8_words::cutFile(handle.get(), index, decoder, words, [&](size_t got) {
     queue.flush();
-    index.BytesRead += static_cast<double>(got);
-    if (got) index.reportBytesRead(path);
+    countRead(index, got, path);
   });
   // A word running into the read limit may be cut short: it is left out.
   if (cut) {
