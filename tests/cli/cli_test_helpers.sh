@@ -48,6 +48,24 @@ finds() {
   expect_out "$expected" "$what"
 }
 
+# fails DESCRIPTION ARGS...: `kurvo ARGS` exits 2 with one line of error that starts with "kurvo:".
+fails() {
+  local what="$1"
+  shift
+  kurvo "$@"
+  expect_status 2 "$what"
+  [ "$(printf '%s\n' "$ERR" | wc -l)" -eq 1 ] || fail "$what: not one line of error"
+  case "$ERR" in kurvo:*) ;; *) fail "$what: error does not start with kurvo:" ;; esac
+}
+
+# fails_saying TEXT DESCRIPTION ARGS...: the same, with TEXT in the error.
+fails_saying() {
+  local text="$1"
+  shift
+  fails "$@"
+  case "$ERR" in *"$text"*) ;; *) fail "$1: the error lacks '$text'" ;; esac
+}
+
 expect_contains() {  # text, description
   case "$OUT" in *"$1"*) ;; *) fail "$2: output lacks '$1'" ;; esac
 }

