@@ -4,10 +4,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::AnalyzerTest;
-using kurvo_test::CapturedMessages;
-using kurvo_test::Message;
-using kurvo_test::raised;
+using namespace kurvo_test;
 
 namespace {
 

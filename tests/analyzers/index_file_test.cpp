@@ -2,7 +2,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::AnalyzerTest;
+using namespace kurvo_test;
 using Words = std::set<std::string>;
 
 namespace {
@@ -46,7 +46,7 @@ TEST_F(AnalyzerTest, IndexesTheFileAsReadInBuffers) {
 }
 
 TEST_F(AnalyzerTest, BytesIndexingStatusOnlyAboveLevelOne) {
-  kurvo_test::CapturedMessages messages;
+  CapturedMessages messages;
   const std::string path = dataFile("a.txt", "some words\n");
   index->ShowStatus = 1;
   analyzer->indexFile(path.c_str(), fileNumber);

@@ -4,7 +4,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::AnalyzerTest;
+using namespace kurvo_test;
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::AnalyzerTest;
+using namespace kurvo_test;
 using Words = std::set<std::string>;
 
 namespace {

@@ -5,10 +5,7 @@
 
 namespace {
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Message;
-using kurvo_test::raised;
-using kurvo_test::TempDir;
+using namespace kurvo_test;
 
 class ExportsTest : public ::testing::Test {
  protected:

@@ -2,9 +2,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::TempDir;
-using kurvo_test::throwsKurvo;
+using namespace kurvo_test;
 
 namespace {
 

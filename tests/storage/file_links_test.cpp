@@ -3,11 +3,7 @@
 #include "storage/file_links.h"
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Stream;
-using kurvo_test::TempDir;
-using kurvo_test::wordAt;
-using kurvo_test::wordBytes;
+using namespace kurvo_test;
 
 namespace {
 
@@ -127,5 +123,5 @@ TEST(FileLinks, BadDescriptionRaisesStorageReadError) {
   TempDir dir;
   const std::string path = dir.file("links");
   { CFileLinks made(path, 65535, 1048575, 0); }
-  kurvo_test::expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360001}});
+  expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360001}});
 }

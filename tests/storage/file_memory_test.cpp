@@ -5,10 +5,7 @@
 #include "storage/file_memory.h"
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Message;
-using kurvo_test::raised;
-using kurvo_test::TempDir;
+using namespace kurvo_test;
 
 namespace {
 
@@ -44,7 +41,7 @@ TEST(FileMemory, GrowsToTwiceTheLengthThenByTheIncrementOrToWhatIsNeeded) {
       EXPECT_EQ(mem.getLength(), step.length);
       EXPECT_EQ(mem.getPointer(step.offset)[step.size - 1], 0);
     }
-    EXPECT_EQ(kurvo_test::readFile(dir.file("region")).size(), c.steps.back().length);
+    EXPECT_EQ(readFile(dir.file("region")).size(), c.steps.back().length);
   }
 }
 
@@ -68,9 +65,9 @@ TEST(FileMemory, DisableWriteSavesTheHeaderAndThePathConstructorReadsIt) {
   std::memcpy(mem.getPointer(marker), "mark", 4);
   ASSERT_TRUE(mem.disableWrite());
   EXPECT_FALSE(mem.isWritable());
-  const std::string bytes = kurvo_test::readFile(path);
+  const std::string bytes = readFile(path);
   ASSERT_EQ(bytes.size(), 200u);
-  EXPECT_EQ(kurvo_test::wordBytes({200, 116, 100, 1000}), bytes.substr(0, 16));
+  EXPECT_EQ(wordBytes({200, 116, 100, 1000}), bytes.substr(0, 16));
 
   CFileMemory again(path);
   EXPECT_FALSE(again.isWritable());

@@ -2,9 +2,7 @@
 
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Stream;
-using kurvo_test::TempDir;
+using namespace kurvo_test;
 
 namespace {
 
@@ -74,7 +72,7 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
     numbers.push_back(add(t, "/data/top", 0));
     for (uint32_t i = 0; i < 2500; ++i) numbers.push_back(add(t, ("file" + std::to_string(i)).c_str(), numbers[0], i));
     ASSERT_TRUE(t.store(s.get()));
-    EXPECT_EQ(kurvo_test::wordBytes({12370001, 20, 12340001, 1000}), s.bytes().substr(0, 16));
+    EXPECT_EQ(wordBytes({12370001, 20, 12340001, 1000}), s.bytes().substr(0, 16));
   }
   s.rewind();
   CapturedMessages msgs;
@@ -94,7 +92,7 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
 TEST_F(FileStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("files");
   { CFileStorage made(path, 2); }
-  kurvo_test::expectBadDescriptions<CFileStorage>(path, {
+  expectBadDescriptions<CFileStorage>(path, {
                                                             {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
                                                             {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
                                                             {12370001},                         // cut short

@@ -3,9 +3,7 @@
 #include "storage/text_storage.h"
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Stream;
-using kurvo_test::TempDir;
+using namespace kurvo_test;
 
 namespace {
 
@@ -62,7 +60,7 @@ TEST_F(TextStorage, LookupIgnoresAsciiCaseAndAddTextDoesNotLookUp) {
   const uint32_t last = one.addText("abc");
   one.getPointer(last)[3] = 'x';
   for (const char *word : {"abd", "abcx", "abcxy"}) {
-    EXPECT_TRUE(kurvo_test::throwsKurvo([&] { one.lookup(word); })) << word;
+    EXPECT_TRUE(throwsKurvo([&] { one.lookup(word); })) << word;
     EXPECT_EQ(messages.lastError()->key, "AssertionFailed");
   }
 }
@@ -88,7 +86,7 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
       store32(t.getData(offsets.back()) + word_data::kListPosition, i * 7 + 1);
     }
     ASSERT_TRUE(t.store(s.get()));
-    EXPECT_EQ(kurvo_test::wordBytes({12350001, 20, 3000, 12340001, 40000}), s.bytes().substr(0, 20));
+    EXPECT_EQ(wordBytes({12350001, 20, 3000, 12340001, 40000}), s.bytes().substr(0, 20));
   }
   s.rewind();
   CapturedMessages msgs;
@@ -107,7 +105,7 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
 TEST_F(TextStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("words");
   { CTextStorage made(path, 1024, 4096, 0, 2); }
-  kurvo_test::expectBadDescriptions<CTextStorage>(path, {
+  expectBadDescriptions<CTextStorage>(path, {
                                                             {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
                                                             {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
                                                             {12350001, 4},                        // cut short

@@ -3,10 +3,7 @@
 #include "storage/word_links.h"
 #include "test_support.h"
 
-using kurvo_test::CapturedMessages;
-using kurvo_test::Stream;
-using kurvo_test::TempDir;
-using kurvo_test::wordBytes;
+using namespace kurvo_test;
 
 namespace {
 
@@ -80,5 +77,5 @@ TEST(WordLinks, BadDescriptionRaisesStorageReadError) {
   TempDir dir;
   const std::string path = dir.file("temp");
   { CWordLinks made(path, 65535, 1048575, 0); }
-  kurvo_test::expectBadDescriptions<CWordLinks>(path, {{12360002, 0}, {12350001, 0}, {12360001}});
+  expectBadDescriptions<CWordLinks>(path, {{12360002, 0}, {12350001, 0}, {12360001}});
 }
