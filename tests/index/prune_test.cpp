@@ -1,4 +1,5 @@
-// Pruning: vanished, changed and unchanged records, folder updates and broken parents.
+// Pruning beyond what first_index_test's two runs show: deleted records, files without analyzer,
+// broken parents, and the no-change check.
 
 #include <cstring>
 #include <functional>
@@ -44,30 +45,6 @@ class Prune : public IndexRunTest {
 
 }  // namespace
 
-TEST_F(Prune, AFileAtTheTimeBaseIsKeptAndOneSecondLaterReindexed) {
-  build();
-  const RecordCopy old = records().at(top + "/f.txt");
-  put("f.txt", "changed words again\n", kBase);
-  index->prune();
-  EXPECT_EQ(records().at(top + "/f.txt").number, old.number);
-  EXPECT_EQ(records().at(top + "/f.txt").time, kBase - 100);
-  EXPECT_EQ(index->words->lookup("again"), 0u);
-
-  setMTime(top + "/f.txt", kBase + 1);
-  index->prune();
-  const auto found = records();
-  ASSERT_TRUE(found.count(top + "/\xFF.txt"));
-  EXPECT_EQ(found.at(top + "/\xFF.txt").number, old.number);
-  const RecordCopy fresh = found.at(top + "/f.txt");
-  EXPECT_GT(fresh.number, old.number);
-  EXPECT_EQ(fresh.time, kBase + 1);
-  EXPECT_EQ(fresh.size, 20u);
-  const uint32_t again = index->words->lookup("again");
-  ASSERT_NE(again, 0u);
-  EXPECT_EQ(load32(index->words->getData(again) + word_data::kCurrentFile), fresh.number);
-  EXPECT_TRUE(messages.errors.empty());
-}
-
 // A vanished file is marked deleted, once; members of archives are never
 // looked for on disk.
 TEST_F(Prune, VanishedFilesAreMarkedDeletedAndMembersLeftAlone) {
@@ -100,22 +77,6 @@ TEST_F(Prune, AChangedFileWithoutAnalyzerKeepsItsRecordWhenTrackingAll) {
     index.reset();
     put("data.bin", "raw bytes\n", kBase - 100);
   }
-}
-
-TEST_F(Prune, OnlyChangedFoldersAreSearchedForNewEntries) {
-  build();
-  put("sub/new.txt", "fresh words\n", kBase + 1);
-  put("still/unseen.txt", "invisible words\n", kBase + 1);
-  touchFolders(kBase - 100, kBase + 2, kBase - 100);
-  index->prune();
-  const auto found = records();
-  ASSERT_TRUE(found.count(top + "/sub/new.txt"));
-  EXPECT_EQ(found.at(top + "/sub/new.txt").time, kBase + 1);
-  EXPECT_FALSE(found.count(top + "/still/unseen.txt"));
-  EXPECT_NE(index->words->lookup("fresh"), 0u);
-  EXPECT_EQ(index->words->lookup("invisible"), 0u);
-  // The folder's own record is left as it was.
-  EXPECT_EQ(found.at(top + "/sub").time, kBase - 100);
 }
 
 TEST_F(Prune, ABrokenParentLeavesADiagnosticAndStops) {

@@ -123,5 +123,5 @@ TEST(FileLinks, BadDescriptionRaisesStorageReadError) {
   TempDir dir;
   const std::string path = dir.file("links");
   { CFileLinks made(path, 65535, 1048575, 0); }
-  expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360001}});
+  expectBadDescriptions<CFileLinks>(path, {{12370001, 0}, {12360002, 0}, {12350001, 0}, {12360001}});
 }

@@ -106,9 +106,9 @@ TEST_F(TextStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("words");
   { CTextStorage made(path, 1024, 4096, 0, 2); }
   expectBadDescriptions<CTextStorage>(path, {
-                                                            {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
-                                                            {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
-                                                            {12350001, 4},                        // cut short
-                                                            {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
-                                                        });
+                                                {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
+                                                {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
+                                                {12350001, 4},                        // cut short
+                                                {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
+                                            });
 }

@@ -1,4 +1,5 @@
-// CWordLinks: per-file groups of word entries, with and without count bytes.
+// CWordLinks: per-file groups of word entries, with and without count bytes (storing and reopening the
+// region they share with the file links is tested there).
 
 #include "storage/word_links.h"
 #include "test_support.h"
@@ -47,35 +48,4 @@ TEST(WordLinks, WordsOfFilesAAndBFormTwoGroups) {
       EXPECT_EQ(readAll(links), (std::vector<Link>{{36, 100, 255}, {36, 200, 255}, {60, 300, 255}}));
     }
   }
-}
-
-TEST(WordLinks, ClosedAndReopenedRegionGivesBackEveryPair) {
-  TempDir dir;
-  const std::string path = dir.file("temp");
-  Stream s;
-  std::vector<Link> written;
-  {
-    CWordLinks links(path, 65535, 1048575, 1);
-    for (uint32_t file = 36; file < 36 + 200 * 10; file += 10) {
-      for (uint32_t word = 36; word < 36 + 50 * 7; word += 7) {
-        const unsigned char count = static_cast<unsigned char>((file + word) % 256);
-        links.addWord(file, word, count);
-        written.push_back({file, word, count});
-      }
-    }
-    ASSERT_TRUE(links.store(s.get()));
-    EXPECT_EQ(s.bytes(), wordBytes({12360001, 1}));
-  }
-  s.rewind();
-  CapturedMessages msgs;
-  CWordLinks links(path, s.get());
-  EXPECT_TRUE(msgs.errors.empty());
-  EXPECT_EQ(readAll(links), written);
-}
-
-TEST(WordLinks, BadDescriptionRaisesStorageReadError) {
-  TempDir dir;
-  const std::string path = dir.file("temp");
-  { CWordLinks made(path, 65535, 1048575, 0); }
-  expectBadDescriptions<CWordLinks>(path, {{12360002, 0}, {12350001, 0}, {12360001}});
 }

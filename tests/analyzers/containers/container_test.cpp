@@ -4,7 +4,6 @@
 
 #include <ctime>
 
-#include "analyzers/containers/gzip_analyzer.h"
 #include "contents/file_contents.h"
 #include "test_support.h"
 
@@ -166,16 +165,6 @@ TEST_F(Containers, MembersComeBackOutWhole) {
   }
   EXPECT_FALSE(index->analyzerNamed("zip")->extractToTempFile((kArchives + "docs.zip").c_str(), "nothing", tmp.file("x").c_str(), 0));
   EXPECT_FALSE(index->analyzerNamed("tar")->extractToTempFile((kArchives + "mixed.tar").c_str(), "nothing", tmp.file("x").c_str(), 0));
-  EXPECT_EQ(CGZipAnalyzer::innerName("/a/x.tgz"), "x.tar");
-  EXPECT_EQ(CGZipAnalyzer::innerName("/a/notes.txt.gz"), "notes.txt");
-}
-
-TEST_F(Containers, TheViewerShowsAMemberThreeArchivesDeepAndCleansUp) {
-  indexArchive("mixed.tgz");
-  const uint32_t member = recordOf("mixed.tgz::mixed.tar::inner.zip::notes.txt");
-  ASSERT_NE(member, 0u);
-  EXPECT_EQ(display(member), "inner gamma\ntext\n");
-  EXPECT_TRUE(tempIsEmpty());
 }
 
 // Python's mailbox module wrote it: plain messages, one without "Date:", one
