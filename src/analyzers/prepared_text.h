@@ -11,20 +11,20 @@ struct stat;
 
 // What indexing a UTF-8 text file takes from its bytes, in order: for each
 // read, the bytes read and the words that ended in it; then the last word,
-// unless the read limit cut the file short.
+// unless the read limit cut the file short. The words of one read are each
+// held once, in the order they first came, with how often they came: in one
+// file, n occurrences of a word in a row leave what n single ones leave.
 struct PreparedText {
   struct Word {
     uint32_t offset;  // in texts
     uint32_t length;
-    uint32_t hash;  // textHash
+    uint32_t hash;   // textHash
+    uint32_t times;  // occurrences in its read
   };
   struct Read {
     uint64_t got;
     size_t wordsEnd;  // the words up to here ended in or before this read
   };
-
-  // Word sink of the cutter.
-  void push(const char *word, size_t length);
 
   std::string texts;  // the words back to back, each with its NUL
   std::vector<Word> words;

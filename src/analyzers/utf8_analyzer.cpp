@@ -1,6 +1,10 @@
 // CUtf8Analyzer: decoding, word cutting across reads and display text with the file's own lines.
 #include "analyzers/utf8_analyzer.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -48,7 +52,7 @@ void indexPrepared(CKurvoIndex &index, const PreparedText &prepared, const char 
   const auto indexUpTo = [&](size_t end) {
     for (; next < end; ++next) {
       const PreparedText::Word &word = prepared.words[next];
-      queue.push(prepared.texts.data() + word.offset, word.length, word.hash);
+      queue.push(prepared.texts.data() + word.offset, word.length, word.hash, word.times);
     }
     queue.flush();
   };
@@ -72,6 +76,20 @@ std::unique_ptr<PreparedText> preparedText(const CKurvoIndex &index, const char 
   if (!record || file_record::size(record) != prepared->size || file_record::time(record) != prepared->time)
     return nullptr;
   return prepared;
+}
+
+// A file the read-ahead left to the walk is cut the same way here: each
+// read's words are then indexed once with their counts.
+std::unique_ptr<PreparedText> cutHere(const CKurvoIndex &index, const char *path) {
+  if (!index.readAhead) return nullptr;
+  const int fd = open(path, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return nullptr;
+  struct stat info;
+  if (fstat(fd, &info) != 0 || !CReadAhead::worthCutting(info)) {
+    close(fd);
+    return nullptr;
+  }
+  return prepareText(index, fd, info);
 }
 
 // Display text: CR LF and lone CR end lines, tabs stay, other control bytes
@@ -131,7 +149,9 @@ bool CUtf8Analyzer::canUseIndexBuffer() { return false; }
 bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t file = static_cast<uint32_t>(fileNumber);
-  if (std::unique_ptr<PreparedText> prepared = preparedText(index, path, file)) {
+  std::unique_ptr<PreparedText> prepared = preparedText(index, path, file);
+  if (!prepared) prepared = cutHere(index, path);
+  if (prepared) {
     indexPrepared(index, *prepared, path, file);
     return true;
   }

@@ -10,6 +10,7 @@
 
 #include "analyzers/utf8_decoder.h"
 #include "index/kurvo_index.h"
+#include "storage/hashed_storage.h"
 #include "storage/lower_case_table.h"
 
 namespace utf8_words {
@@ -17,8 +18,8 @@ namespace utf8_words {
 constexpr size_t kReadSize = 65535;
 
 // Cuts decoded text into words by the index's character classes and hands
-// each finished word to sink.push(word, length); a word may run on from one
-// piece into the next. Reads only the index's settings.
+// each finished word to sink.push(word, length, textHash(word)); a word may
+// run on from one piece into the next. Reads only the index's settings.
 template <typename Sink>
 class WordCollector {
  public:
@@ -37,10 +38,16 @@ class WordCollector {
     for (const char ch : text) {
       const unsigned char c = static_cast<unsigned char>(ch);
       if ((starts[c] || (m_length && continues[c])) && c != kForeignCharacter) {
-        if (m_length < room)
-          m_word[m_length++] = static_cast<char>(lowerCase(c));
-        else
+        if (m_length < room) {
+          // The hash grows with the word; a folded 0 (DEL) ends what
+          // textHash reads, so such a word is hashed again at its end.
+          const unsigned char folded = lowerCase(c);
+          m_word[m_length++] = static_cast<char>(folded);
+          m_hash = m_hash * 33 + static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(folded)));
+          m_sawZero |= folded == 0;
+        } else {
           m_tooLong = true;
+        }
       } else if (m_length) {
         endWord();
       }
@@ -49,7 +56,11 @@ class WordCollector {
   // Ends the word in progress.
   void finish() { endWord(); }
   // Leaves out the word in progress.
-  void drop() { m_length = 0; }
+  void drop() {
+    m_length = 0;
+    m_hash = 0;
+    m_sawZero = false;
+  }
 
   // Sized for the longest word the index takes, with its NUL.
   size_t longest() const { return m_word.size(); }
@@ -59,10 +70,12 @@ class WordCollector {
     const long length = static_cast<long>(m_length);
     if (!m_tooLong && length >= m_index.MinWordLength && length <= m_maxLength + 1) {
       m_word[m_length] = '\0';
-      m_sink.push(m_word.data(), m_length);
+      m_sink.push(m_word.data(), m_length, m_sawZero ? textHash(m_word.data()) : m_hash);
     }
     m_length = 0;
     m_tooLong = false;
+    m_hash = 0;
+    m_sawZero = false;
   }
 
   const CKurvoIndex &m_index;
@@ -70,6 +83,8 @@ class WordCollector {
   std::vector<char> m_word;  // the word so far, room for the longest and a NUL
   size_t m_length = 0;
   bool m_tooLong = false;
+  uint32_t m_hash = 0;  // textHash of the word so far
+  bool m_sawZero = false;
   Sink &m_sink;
 };
 

@@ -18,13 +18,14 @@ class WordQueue {
       : m_index(index), m_file(file), m_slotSize(longest + 1), m_texts(kSlots * m_slotSize) {}
 
   void push(const char *word, size_t length) { push(word, length, textHash(word)); }
-  // The same with textHash(word) at hand.
-  void push(const char *word, size_t length, uint32_t hash) {
+  // The same with textHash(word) at hand; times occurrences in a row.
+  void push(const char *word, size_t length, uint32_t hash, uint32_t times = 1) {
     if (m_count == kSlots) indexOldest();
     const size_t slot = (m_first + m_count++) % kSlots;
     std::memcpy(&m_texts[slot * m_slotSize], word, length + 1);
     m_hashes[slot] = hash;
     m_lengths[slot] = length;
+    m_times[slot] = times;
     m_index.prefetchWordBucket(m_hashes[slot]);
     if (m_count > kDistance) m_index.prefetchWordEntry(m_hashes[(slot + kSlots - kDistance) % kSlots]);
   }
@@ -42,8 +43,8 @@ class WordQueue {
   static constexpr size_t kSlots = 2 * kDistance;
 
   uint32_t indexOldest() {
-    const uint32_t word =
-        m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first], m_lengths[m_first]);
+    const uint32_t word = m_index.indexWord(&m_texts[m_first * m_slotSize], m_file, m_hashes[m_first],
+                                            m_lengths[m_first], m_times[m_first]);
     m_first = (m_first + 1) % kSlots;
     --m_count;
     return word;
@@ -55,6 +56,7 @@ class WordQueue {
   std::vector<char> m_texts;  // kSlots slots of the longest word and its NUL
   uint32_t m_hashes[kSlots];
   size_t m_lengths[kSlots];
+  uint32_t m_times[kSlots];
   size_t m_first = 0;
   size_t m_count = 0;
 };

@@ -72,8 +72,9 @@ class CKurvoIndex {
   uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash) {
     return indexWord(word, fileNumber, hash, std::strlen(word));
   }
-  // And with its length (strlen) too.
-  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length);
+  // And with its length (strlen) too; times > 1 records that many
+  // occurrences in a row, as that many calls would.
+  uint32_t indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length, uint32_t times = 1);
   // Hints that words of these hashes are about to be indexed: first the
   // word table's buckets, then the entries they lead to (always inlined, or
   // the optimizer drops them).

@@ -14,15 +14,16 @@
 
 namespace {
 
-// Other files are only read into the page cache: small ones cost the walk
-// little to cut, and the words of large ones would take memory while they
-// wait. So are files that would take the bytes of the cut files waiting past
-// a budget.
-constexpr off_t kCutAheadSmallest = 2048;
-constexpr uint64_t kCutAheadLimit = 1 << 20;
+// Files that would take the bytes of the cut files waiting past a budget
+// are only read into the page cache.
 constexpr uint64_t kCutAheadBudget = 8 << 20;
 
 }  // namespace
+
+bool CReadAhead::worthCutting(const struct stat &info) {
+  return S_ISREG(info.st_mode) && info.st_size >= kCutAheadSmallest &&
+         static_cast<uint64_t>(info.st_size) <= kCutAheadLimit;
+}
 
 CReadAhead::CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead)
     : m_index(index), m_top(top), m_filesAhead(filesAhead) {
@@ -103,8 +104,7 @@ void CReadAhead::readFile(int folder, const std::string &name, const std::string
   const int fd = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (fd < 0) return;
   struct stat info;
-  if (forUtf8 && fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size >= kCutAheadSmallest &&
-      static_cast<uint64_t>(info.st_size) <= kCutAheadLimit && mayCut(path, number, info.st_size)) {
+  if (forUtf8 && fstat(fd, &info) == 0 && worthCutting(info) && mayCut(path, number, info.st_size)) {
     std::unique_ptr<PreparedText> prepared;
     try {
       prepared = prepareText(m_index, fd, info);
@@ -123,7 +123,9 @@ void CReadAhead::readFile(int folder, const std::string &name, const std::string
 
 bool CReadAhead::mayCut(const std::string &path, uint64_t number, uint64_t size) {
   std::lock_guard<std::mutex> lock(m_mutex);
-  if (number <= m_filesDone || m_preparedBytes + size > kCutAheadBudget) return false;
+  // The file the walk is at, and the one after, are left to the walk, which
+  // would only wait for them here: this thread goes on further ahead.
+  if (number <= m_filesDone + 2 || m_preparedBytes + size > kCutAheadBudget) return false;
   m_preparing = path;
   return true;
 }

@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+#include <sys/types.h>
+
 class CKurvoIndex;
 struct PreparedText;
 
@@ -17,9 +19,10 @@ struct PreparedText;
 // read each file an analyzer will read (up to the index's read limit), so
 // that its bytes are in the page cache when the walk gets there. A file of
 // 2 KiB to 1 MiB for the "utf8" analyzer is read and cut into words here
-// instead, for the analyzer to take. It stays at most filesAhead files ahead
-// of the walk, reports nothing, changes nothing and only reads the index's
-// patterns and settings, which a walk leaves alone.
+// instead, for the analyzer to take, unless the walk is about to come to it
+// (the walk then cuts it itself while this thread goes on). It stays at most
+// filesAhead files ahead of the walk, reports nothing, changes nothing and
+// only reads the index's patterns and settings, which a walk leaves alone.
 class CReadAhead {
  public:
   CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
@@ -31,6 +34,13 @@ class CReadAhead {
   void fileDone();
   // The words cut from path, if it was cut here; waits while it is being cut.
   std::unique_ptr<PreparedText> take(const std::string &path);
+
+  // Whether a "utf8" file is cut into words before it is indexed: one of 2 KiB
+  // to 1 MiB. Smaller ones cost little to cut as they are read, and the words
+  // of larger ones would take memory while they wait.
+  static bool worthCutting(const struct stat &info);
+  static constexpr off_t kCutAheadSmallest = 2048;
+  static constexpr uint64_t kCutAheadLimit = 1 << 20;
 
  private:
   void run();

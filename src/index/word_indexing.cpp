@@ -1,4 +1,5 @@
 // CKurvoIndex word indexing: recording word occurrences and loading the skip words.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -21,7 +22,19 @@ struct FileCloser {
 
 }  // namespace
 
-uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length) {
+namespace {
+
+// The counter after n more occurrences in the same file: it counts up to 255
+// and stays there (one from elsewhere stays the way single steps take it).
+uint16_t counted(uint16_t counter, uint32_t n) {
+  if (counter <= 255) return static_cast<uint16_t>(std::min<uint32_t>(counter + n, 255));
+  for (; n && counter != 255; --n) ++counter;
+  return counter;
+}
+
+}  // namespace
+
+uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t hash, size_t length, uint32_t times) {
   // One hash serves the skip table, the word table and a new word's chain.
   if (skipWords) {
     uint32_t skipped = skipWords->lookup(word, hash, length);
@@ -47,18 +60,21 @@ uint32_t CKurvoIndex::indexWord(const char *word, uint32_t fileNumber, uint32_t 
   uint16_t counter = load16(data + word_data::kCounter);
   uint32_t earlierFiles = load32(data + word_data::kEarlierFiles);
 
+  uint32_t repeats = times;
   if (currentFile == 0) {
     store32(data + word_data::kCurrentFile, fileNumber);
-    store16(data + word_data::kCounter, 0);
     store32(data + word_data::kEarlierFiles, 0);
+    counter = 0;
+    if (repeats) --repeats;
   } else if (currentFile != fileNumber) {
     wordLinks->addWord(currentFile, wordNumber, static_cast<unsigned char>(counter & 0xFF));
     store32(data + word_data::kCurrentFile, fileNumber);
-    store16(data + word_data::kCounter, 0);
     store32(data + word_data::kEarlierFiles, earlierFiles + 1);
-  } else if (UseRanking && counter != 255) {
-    store16(data + word_data::kCounter, static_cast<uint16_t>(counter + 1));
+    counter = 0;
+    if (repeats) --repeats;
   }
+  if (UseRanking && repeats) counter = counted(counter, repeats);
+  store16(data + word_data::kCounter, counter);
   return wordNumber;
 }
 

@@ -115,9 +115,10 @@ TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
   }
 }
 
-// Plain text read by "utf8" (cut into words ahead of the walk when small) and
-// by "generic" (only read ahead), a word across two reads, a file the read
-// limit cuts and one too large to be cut ahead.
+// Plain text read by "utf8" (cut into words ahead of the walk when small, by
+// either thread) and by "generic" (only read ahead), a word across two reads,
+// a word more than 255 times in one read, a file the read limit cuts and one
+// too large to be cut ahead.
 TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
   for (int i = 0; i < 60; ++i) {
     std::string text;
@@ -129,6 +130,9 @@ TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
   writeFile(top + "/d2/across.u8", std::string(65530, ' ') + "acrossreads tail\n");
   writeFile(top + "/d2/cut.u8", std::string(99990, ' ') + "kept cutword more\n");
   writeFile(top + "/d3/large.u8", "largeword" + std::string(1100000, ' '));
+  std::string many;
+  for (int i = 0; i < 300; ++i) many += "common often ";
+  writeFile(top + "/d0/many.u8", many + "\n");
   using Lists = std::map<std::string, std::pair<uint32_t, WordFiles>>;
   Lists first;
   std::vector<std::string> firstStatuses;
@@ -155,7 +159,7 @@ TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
     if (readAhead == 0) first = lists, firstStatuses = statuses;
     EXPECT_EQ(lists, first);
     EXPECT_EQ(statuses, firstStatuses);
-    EXPECT_EQ(records().size(), 69u);
+    EXPECT_EQ(records().size(), 70u);
     EXPECT_TRUE(hasWord("acrossreads") && hasWord("kept") && hasWord("largeword") && !hasWord("cutword"));
     EXPECT_EQ(index->FilesWithForeignText, 40u);
     index.reset();

@@ -1,5 +1,7 @@
 // Word indexing into the word table and word links, and loading the skip words.
 
+#include <cstring>
+
 #include "test_support.h"
 
 using namespace kurvo_test;
@@ -69,6 +71,37 @@ TEST_F(WordIndexing, ThreeTimesInAOnceInBWithAndWithoutRanking) {
     const char *text = index->words->getText(index->words->lookup("alpha"));
     EXPECT_EQ(std::string(text - 20, 20), wordBytes({0, fileB}) + std::string(8, '\0') + wordBytes({1}));
     EXPECT_EQ(index->WordsIndexed, 1u);
+  }
+}
+
+// n occurrences at once leave the word data and links n single ones leave,
+// from a new word, a word of another file, or counters below, at and past 255.
+TEST_F(WordIndexing, OccurrencesAtOnceAreThoseOneByOne) {
+  for (int ranking : {0, 1}) {
+    for (uint16_t counter : {0, 200, 255, 300, 65535}) {
+      for (uint32_t times : {1u, 2u, 55u, 56u, 300u}) {
+        std::string state[2];
+        for (int atOnce : {0, 1}) {
+          SetUp();
+          start(ranking);
+          index->indexWord("alpha", fileB);
+          index->indexWord("beta", fileA);
+          store16(index->words->foundData(index->words->lookup("alpha")) + word_data::kCounter, counter);
+          // alpha in its file, then in another; beta in its own; gamma new.
+          for (const auto &[word, file] :
+               {std::pair{"alpha", fileB}, {"alpha", fileA}, {"beta", fileA}, {"gamma", fileB}}) {
+            const uint32_t hash = textHash(word), length = static_cast<uint32_t>(std::strlen(word));
+            if (atOnce)
+              index->indexWord(word, file, hash, length, times);
+            else
+              for (uint32_t i = 0; i < times; ++i) index->indexWord(word, file, hash, length);
+          }
+          for (const char *word : {"alpha", "beta", "gamma"}) state[atOnce] += std::string(data(word) - 4, 20);
+          state[atOnce] += links();
+        }
+        EXPECT_EQ(state[1], state[0]) << ranking << " " << counter << " " << times;
+      }
+    }
   }
 }
 
