@@ -1,7 +1,6 @@
 // CKurvoIndex: one index in one storage folder, its tables, settings and masks.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -103,9 +102,9 @@ class CKurvoIndex {
                           struct stat &info, FolderStat &folders);
   // The same for a record whose path is known.
   PruneAction actionForPath(const char *data, const std::string &path, struct stat &info, FolderStat &folders) const;
-  bool recordsChanged(uint32_t first, uint32_t end);
-  enum class QuietCheck { Unchanged, Changed, Broken };
-  QuietCheck recordsChangedQuietly(uint32_t first, const std::atomic<bool> &stop) const;
+  bool recordsChanged(uint32_t first, uint32_t end, FolderStat &folders);
+  enum class QuietCheck { Unchecked, Unchanged, Changed, Broken };
+  QuietCheck recordsChangedQuietly(uint32_t first, uint32_t end, FolderStat &folders) const;
   // Tables of fewer records are checked on the caller's thread alone.
   static constexpr uint32_t kRecordsForHelper = 1000;
   void compressLinks();

@@ -2,11 +2,12 @@
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <atomic>
 #include <cstring>
+#include <mutex>
+#include <string>
 #include <system_error>
 #include <thread>
-#include <string>
+#include <vector>
 
 #include "analyzers/file_analyzer.h"
 #include "report/message_keys.h"
@@ -174,11 +175,10 @@ CKurvoIndex::PruneAction CKurvoIndex::actionForPath(const char *data, const std:
 
 // The records from first up to end (0: the last) in the order prune visits
 // them: whether one vanished or changed.
-bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end) {
+bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end, FolderStat &folders) {
   uint32_t lastParentFetched = 0;
   std::string path;
   struct stat info;
-  FolderStat folders;
   for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
@@ -187,13 +187,13 @@ bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end) {
   return false;
 }
 
-// The same from first to the last record, on a helper thread, which must not
-// call the host back: Broken where the caller's thread would raise an error.
-CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, const std::atomic<bool> &stop) const {
+// The same on a helper thread, which must not call the host back: Broken
+// where the caller's thread would raise an error, at the first record that
+// changed or is broken.
+CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, uint32_t end, FolderStat &folders) const {
   std::string path;
   struct stat info;
-  FolderStat folders;
-  for (uint32_t record = first; record && !stop; record = files->getNext(record)) {
+  for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
     const char *data = files->getData(record);
     if (!data) return QuietCheck::Broken;
     if (file_record::isObsolete(data)) continue;
@@ -203,37 +203,93 @@ CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, const
   return QuietCheck::Unchanged;
 }
 
+namespace {
+
+// Runs of records handed out from both ends: the caller's thread takes them
+// from the start, the helper from the end, so a helper that starts late (a
+// sleeping processor wakes slowly) leaves more to the caller, not a wait.
+class RecordRuns {
+ public:
+  static constexpr size_t kRunLength = 64;
+
+  explicit RecordRuns(const CFileStorage &files) {
+    size_t counted = 0;
+    for (uint32_t record = files.getFirst(); record; record = files.getNext(record))
+      if (counted++ % kRunLength == 0) m_starts.push_back(record);
+    m_back = m_starts.size();
+  }
+
+  size_t count() const { return m_starts.size(); }
+  uint32_t start(size_t run) const { return m_starts[run]; }
+  // The record after the run (0: the table's end).
+  uint32_t end(size_t run) const { return run + 1 < m_starts.size() ? m_starts[run + 1] : 0; }
+  // The next run from the front, or from the back; false when none is left.
+  bool takeFront(size_t &run) { return take(run, true); }
+  bool takeBack(size_t &run) { return take(run, false); }
+  // No more runs are handed out.
+  void close() { take(m_front, true, true); }
+
+ private:
+  bool take(size_t &run, bool front, bool closing = false) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (closing) m_front = m_back;
+    if (m_front == m_back) return false;
+    run = front ? m_front++ : --m_back;
+    return true;
+  }
+
+  std::vector<uint32_t> m_starts;
+  std::mutex m_mutex;
+  size_t m_front = 0;
+  size_t m_back = 0;
+};
+
+}  // namespace
+
 bool CKurvoIndex::hasChanges() {
   if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  // Checking a record is mostly a stat, so a large table is checked in two
-  // halves at once, the second on a helper thread. The answer is the one a
-  // check in order gives, its errors included.
-  uint32_t count = 0;
-  for (uint32_t record = files->getFirst(); record; record = files->getNext(record)) ++count;
-  if (count < kRecordsForHelper) return recordsChanged(files->getFirst(), 0);
-  uint32_t middle = files->getFirst();
-  for (uint32_t i = 0; i < count / 2; ++i) middle = files->getNext(middle);
+  // Checking a record is mostly a stat, so a large table is checked by two
+  // threads at once, a run of records at a time. The answer is the one a
+  // check in order gives, its errors included: the caller's runs come first
+  // and are checked with errors raised; the helper's only say what they met
+  // first, and one it found broken is checked again in order.
+  RecordRuns runs(*files);
+  FolderStat folders;
+  if (runs.count() * RecordRuns::kRunLength < kRecordsForHelper) return recordsChanged(files->getFirst(), 0, folders);
 
-  std::atomic<bool> stop{false};
-  QuietCheck second = QuietCheck::Broken;
+  // The runs the caller took stay Unchecked here.
+  std::vector<QuietCheck> helped(runs.count(), QuietCheck::Unchecked);
   std::thread helper;
   try {
-    helper = std::thread([&] { second = recordsChangedQuietly(middle, stop); });
+    helper = std::thread([&] {
+      FolderStat helperFolders;
+      size_t run = 0;
+      while (runs.takeBack(run)) helped[run] = recordsChangedQuietly(runs.start(run), runs.end(run), helperFolders);
+    });
   } catch (const std::system_error &) {
-    return recordsChanged(files->getFirst(), 0);
   }
-  // The helper is stopped once the first half has answered for both.
-  bool changed = false;
+  // The helper is stopped once the caller's runs have answered for all.
+  const auto finish = [&] {
+    runs.close();
+    if (helper.joinable()) helper.join();
+  };
   try {
-    changed = recordsChanged(files->getFirst(), middle);
+    size_t run = 0;
+    while (runs.takeFront(run)) {
+      if (recordsChanged(runs.start(run), runs.end(run), folders)) {
+        finish();
+        return true;
+      }
+    }
   } catch (...) {
-    stop = true;
-    helper.join();
+    finish();
     throw;
   }
-  if (changed) stop = true;
-  helper.join();
-  if (changed) return true;
-  if (second == QuietCheck::Broken) return recordsChanged(middle, 0);
-  return second == QuietCheck::Changed;
+  finish();
+  for (size_t run = 0; run < runs.count(); ++run) {
+    if (helped[run] == QuietCheck::Changed) return true;
+    // What the helper found broken is checked here in order from that run on.
+    if (helped[run] == QuietCheck::Broken) return recordsChanged(runs.start(run), 0, folders);
+  }
+  return false;
 }
