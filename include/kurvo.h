@@ -422,9 +422,13 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
  * are in memory when they are indexed; files of 2 KiB to 1 MiB for the "utf8"
  * analyzer it also decodes and cuts into words, which the analyzer then
  * takes instead of reading the file again (unless the file's size or time
- * has changed since). Every callback still comes on the caller's thread, the
+ * has changed since). The walk cuts such a file the same way itself when the
+ * second thread has not got ahead of it, and indexes each read's words once
+ * with their counts. Every callback still comes on the caller's thread, the
  * stored bytes are the same, and the thread has ended when
- * kidxIndexDirectory returns. Negative counts are taken as 0. */
+ * kidxIndexDirectory returns. With this set, kidxCompressLinks also leaves
+ * unmapping the spent word links (their "temp" file already removed) to a
+ * thread that kidxClearIndex waits for. Negative counts are taken as 0. */
 KURVO_API void kidxSetReadAhead(void *index, int files);
 /* Beyond the classic behaviour: kidxPrune leaves the records below the folder
  * path (absolute, no trailing '/') as they are, neither dropped nor read, for

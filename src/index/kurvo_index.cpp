@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <system_error>
 
 #include "report/message_keys.h"
 #include "report/reporting.h"
@@ -100,6 +101,7 @@ CKurvoIndex::CKurvoIndex(bool create, const std::string &storagePath) : storageP
 CKurvoIndex::~CKurvoIndex() { clear(); }
 
 void CKurvoIndex::clear() {
+  waitForLetGo();
   clearAnalyzers();
   freeMemFiles();
   NumberHandling = 0;
@@ -110,6 +112,19 @@ void CKurvoIndex::clear() {
   TrackAll = 1;
   setIncludeCount(0);
   setExcludeCount(0);
+}
+
+void CKurvoIndex::letGoInBackground(const CFileMemory::Handover &region) {
+  waitForLetGo();
+  try {
+    letGoThread = std::thread([region] { CFileMemory::letGo(region); });
+  } catch (const std::system_error &) {
+    CFileMemory::letGo(region);
+  }
+}
+
+void CKurvoIndex::waitForLetGo() {
+  if (letGoThread.joinable()) letGoThread.join();
 }
 
 void CKurvoIndex::freeMemFiles() {

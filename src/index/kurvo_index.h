@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "storage/file_links.h"
@@ -212,6 +213,11 @@ class CKurvoIndex {
   // walk on a second thread (0: none), and the read-ahead under way.
   int32_t ReadAhead = 0;
   CReadAhead *readAhead = nullptr;
+  // With reading ahead on, a run's spent word links are unmapped and closed
+  // on another thread (their file already removed); waited for on clear().
+  void letGoInBackground(const CFileMemory::Handover &region);
+  void waitForLetGo();
+  std::thread letGoThread;
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;

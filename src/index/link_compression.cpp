@@ -235,8 +235,13 @@ void CKurvoIndex::compressLinks() {
     throw;
   }
 
+  // Unmapping the spent word links and freeing their file's pages take
+  // milliseconds; with reading ahead on, another thread does it after the
+  // file is removed (its open mapping keeps the pages till then).
+  const CFileMemory::Handover spent = ReadAhead > 0 ? wordLinks->handOver() : CFileMemory::Handover{nullptr, 0, -1};
   delete wordLinks;
   wordLinks = nullptr;
   std::remove(tempPath.c_str());
+  if (spent.base || spent.fd >= 0) letGoInBackground(spent);
   if (ShowStatus) setStatus(kurvo_keys::kDone, "");
 }

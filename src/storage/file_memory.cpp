@@ -235,6 +235,24 @@ void CFileMemory::clearAll() {
   m_pHeader = nullptr;
 }
 
+CFileMemory::Handover CFileMemory::handOver() {
+  const Handover region{m_bMapped ? m_pBase : nullptr, m_bMapped ? m_nLength : 0, m_bFileOpen ? m_nFileDescriptor : -1};
+  m_bMapped = 0;
+  m_bWritable = 0;
+  m_bFileOpen = 0;
+  m_nFileDescriptor = -1;
+  m_pBase = nullptr;
+  m_pHeader = nullptr;
+  m_nLength = 0;
+  m_nUsed = 0;
+  return region;
+}
+
+void CFileMemory::letGo(const Handover &region) {
+  if (region.base) munmap(region.base, region.length);
+  if (region.fd >= 0) close(region.fd);
+}
+
 std::string CFileMemory::getStoragePath() const { return m_sStoragePath.empty() ? std::string(".") : m_sStoragePath; }
 
 void CFileMemory::setStoragePath(const std::string &path) { m_sStoragePath = path; }

@@ -50,6 +50,15 @@ class CFileMemory {
   bool enableWrite();
   bool disableWrite();
   void clearAll();
+  // The mapping and the open file, handed over to be let go of elsewhere
+  // (unmapped and closed, nothing written); the region is left empty.
+  struct Handover {
+    char *base;
+    size_t length;
+    int fd;
+  };
+  Handover handOver();
+  static void letGo(const Handover &region);
 
   std::string getStoragePath() const;
   void setStoragePath(const std::string &path);
