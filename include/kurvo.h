@@ -426,7 +426,8 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
  * second thread has not got ahead of it, and indexes each read's words once
  * with their counts. Every callback still comes on the caller's thread, the
  * stored bytes are the same, and the thread has ended when
- * kidxIndexDirectory returns. With this set, kidxCompressLinks also leaves
+ * kidxIndexDirectory returns. With this set, kidxCompressLinks also writes
+ * the list blocks on a second thread (ended when it returns) and leaves
  * unmapping the spent word links (their "temp" file already removed) to a
  * thread that kidxClearIndex waits for. Negative counts are taken as 0. */
 KURVO_API void kidxSetReadAhead(void *index, int files);

@@ -1,13 +1,16 @@
 // Turning the word links of a run into one new file-list block per word.
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 #include <vector>
 
 #include "report/message_keys.h"
 #include "report/reporting.h"
 #include "index/kurvo_index.h"
+#include "index/slot_writer.h"
 #include "storage/byte_io.h"
 
 namespace {
@@ -116,8 +119,12 @@ class StepStream {
     unsigned char count;
   };
 
-  StepStream(const CKurvoIndex &index, const CFileLinks &fileLinks, uint32_t entrySize)
-      : m_wordLinks(*index.wordLinks), m_words(*index.words), m_fileLinks(fileLinks), m_entrySize(entrySize) {
+  StepStream(const CKurvoIndex &index, const CFileLinks &fileLinks, uint32_t entrySize, bool slotHints = true)
+      : m_wordLinks(*index.wordLinks),
+        m_words(*index.words),
+        m_fileLinks(fileLinks),
+        m_entrySize(entrySize),
+        m_slotHints(slotHints) {
     while (m_count < kRing && decode()) {
     }
     for (size_t i = kSlotDistance; i < kDataDistance && i < m_count; ++i) askForData(i);
@@ -131,7 +138,7 @@ class StepStream {
     --m_count;
     decode();
     if (m_count > kDataDistance) askForData(kDataDistance);
-    if (m_count > kSlotDistance) askForSlot(kSlotDistance);
+    if (m_slotHints && m_count > kSlotDistance) askForSlot(kSlotDistance);
   }
 
  private:
@@ -171,6 +178,7 @@ class StepStream {
   const CTextStorage &m_words;
   const CFileLinks &m_fileLinks;
   const uint32_t m_entrySize;
+  const bool m_slotHints;
   uint32_t m_position = 16;
   uint32_t m_file = 0;  // the group being decoded, 0 between groups
   bool m_ended = false;
@@ -185,7 +193,13 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
   CTextStorage &words = *index.words;
   uint32_t linksRead = 0;
   uint32_t threshold = 0;
-  for (StepStream steps(index, fileLinks, entrySize); !steps.empty(); steps.pop()) {
+  // With reading ahead on, the writes go to another thread (if one starts).
+  std::unique_ptr<SlotWriter> writer;
+  try {
+    if (index.ReadAhead > 0) writer = std::make_unique<SlotWriter>(fileLinks);
+  } catch (const std::system_error &) {
+  }
+  for (StepStream steps(index, fileLinks, entrySize, !writer); !steps.empty(); steps.pop()) {
     const StepStream::Step &step = steps.front();
     ++linksRead;
     if (!step.word) {
@@ -199,8 +213,15 @@ void fillBlocks(CKurvoIndex &index, CFileLinks &fileLinks, uint32_t entrySize) {
     if (!data || !takesSlot(data, step.file)) continue;
     const uint32_t slot = load32(data + word_data::kListPosition) - entrySize;
     store32(data + word_data::kListPosition, slot);
-    fileLinks.addFile(slot, step.file, step.count);
+    if (writer) {
+      // What addFile would raise, or the region it would make writable.
+      if (!fileLinks.getRange(slot, entrySize) || !fileLinks.isWritable()) fileLinks.checkEntry(slot);
+      writer->add(slot, step.file, step.count);
+    } else {
+      fileLinks.addFile(slot, step.file, step.count);
+    }
   }
+  if (writer) writer->finish();
 }
 
 }  // namespace

@@ -25,6 +25,13 @@ class CFileLinks : public CLinkRegion {
   bool holdsBlocks() const { return getUsed() > kFirstBlock; }
   // Raises "AssertionFailed" when position is not addressable.
   void addFile(uint32_t position, uint32_t fileNumber, unsigned char count);
+  // addFile in two steps, for writes made on another thread: the check (and
+  // making the region writable), then the write itself.
+  void checkEntry(uint32_t position) { writableRange(position, entrySize()); }
+  void putCheckedFile(uint32_t position, uint32_t fileNumber, unsigned char count) const {
+    writeEntry(getPointer(position), fileNumber, count);
+  }
+  const char *entryAddress(uint32_t position) const { return getPointer(position); }
   // File number and count at position (255 without counts; 0 and 0 when not
   // addressable); position += entry size.
   uint32_t getFile(uint32_t &position, unsigned char &count) const { return readEntry(position, count); }
