@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 #include "report/message_keys.h"
 #include "report/reporting.h"
@@ -121,7 +122,22 @@ void CFileMemory::grow(uint32_t needed) {
   m_bMapped = 1;
   const uint64_t stale = std::min<uint64_t>(fileSize, m_nLength);
   if (stale > oldLength) std::memset(m_pBase + oldLength, 0, stale - oldLength);
+  writeZeros(std::max<uint64_t>(oldLength, stale));
   populate(oldLength);
+}
+
+// The file past its old size reads as zero already; writing those zeros
+// puts its pages in the page cache at a fraction of the cost of faulting
+// them in through the mapping, which reads each one first. Only a speed-up:
+// a failed write leaves the pages to fault in.
+void CFileMemory::writeZeros(uint64_t from) {
+  static const std::vector<char> zeros(256 << 10, 0);
+  for (uint64_t at = from; at < m_nLength;) {
+    const size_t n = static_cast<size_t>(std::min<uint64_t>(zeros.size(), m_nLength - at));
+    const ssize_t written = pwrite(m_nFileDescriptor, zeros.data(), n, static_cast<off_t>(at));
+    if (written <= 0) return;
+    at += static_cast<uint64_t>(written);
+  }
 }
 
 // Regions fill from the front, so the pages a growth adds will all be

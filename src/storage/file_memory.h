@@ -97,5 +97,6 @@ class CFileMemory {
   void grow(uint32_t needed);
   void dropMapping();
   void populate(uint32_t from);
+  void writeZeros(uint64_t from);
   bool reserve(uint32_t oldLength, uint64_t newLength);
 };
