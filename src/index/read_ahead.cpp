@@ -17,6 +17,9 @@ namespace {
 // Files that would take the bytes of the cut files waiting past a budget
 // are only read into the page cache.
 constexpr uint64_t kCutAheadBudget = 8 << 20;
+// Files left queued while this thread cuts the one before them: the walk
+// cuts them when it would wait for that one.
+constexpr size_t kQueuedForTheWalk = 3;
 
 }  // namespace
 
@@ -37,6 +40,7 @@ CReadAhead::~CReadAhead() {
   }
   m_changed.notify_all();
   m_thread.join();
+  for (const Queued &queued : m_queue) close(queued.fd);
 }
 
 void CReadAhead::fileDone() {
@@ -54,6 +58,7 @@ void CReadAhead::run() {
   // Nothing may leave the thread: reading ahead only ever saves time.
   try {
     walk(m_top);
+    if (!m_stopping) cutQueued(1);
   } catch (...) {
   }
 }
@@ -104,14 +109,8 @@ void CReadAhead::readFile(int folder, const std::string &name, const std::string
   const int fd = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (fd < 0) return;
   struct stat info;
-  if (forUtf8 && fstat(fd, &info) == 0 && worthCutting(info) && mayCut(path, number, info.st_size)) {
-    std::unique_ptr<PreparedText> prepared;
-    try {
-      prepared = prepareText(m_index, fd, info);
-    } catch (...) {
-      // Out of memory: the analyzer reads the file itself.
-    }
-    cutDone(path, number, std::move(prepared));
+  if (forUtf8 && fstat(fd, &info) == 0 && worthCutting(info) && queueCut(path, number, fd, info)) {
+    cutQueued(kQueuedForTheWalk + 1);
     return;
   }
   // The analyzers read no further than the read limit. The kernel is asked
@@ -121,30 +120,85 @@ void CReadAhead::readFile(int folder, const std::string &name, const std::string
   close(fd);
 }
 
-bool CReadAhead::mayCut(const std::string &path, uint64_t number, uint64_t size) {
+bool CReadAhead::queueCut(const std::string &path, uint64_t number, int fd, const struct stat &info) {
   std::lock_guard<std::mutex> lock(m_mutex);
   // The file the walk is at, and the one after, are left to the walk, which
-  // would only wait for them here: this thread goes on further ahead.
+  // would only wait for them here.
+  const uint64_t size = static_cast<uint64_t>(info.st_size);
   if (number <= m_filesDone + 2 || m_preparedBytes + size > kCutAheadBudget) return false;
-  m_preparing = path;
+  m_preparedBytes += size;
+  m_queue.push_back({path, number, fd, info});
   return true;
 }
 
-void CReadAhead::cutDone(const std::string &path, uint64_t number, std::unique_ptr<PreparedText> prepared) {
-  {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_preparing.clear();
-    if (prepared && number > m_filesDone) {
-      m_preparedBytes += prepared->size;
-      m_prepared[path] = {number, std::move(prepared)};
+void CReadAhead::cutQueued(size_t left) {
+  for (;;) {
+    Queued next;
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      if (m_stopping || m_queue.size() < left || m_queue.empty()) return;
+      next = std::move(m_queue.front());
+      m_queue.pop_front();
+      // One the walk has passed is dropped.
+      if (next.number <= m_filesDone) {
+        close(next.fd);
+        m_preparedBytes -= static_cast<uint64_t>(next.info.st_size);
+        continue;
+      }
+      m_preparing = next.path;
     }
+    std::unique_ptr<PreparedText> prepared = cutHere(next);
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_preparing.clear();
+      keep(next.path, next.number, static_cast<uint64_t>(next.info.st_size), std::move(prepared));
+    }
+    m_cutDone.notify_all();
   }
-  m_cutDone.notify_all();
+}
+
+std::unique_ptr<PreparedText> CReadAhead::cutHere(const Queued &queued) const {
+  try {
+    return prepareText(m_index, queued.fd, queued.info);
+  } catch (...) {
+    // Out of memory: the analyzer reads the file itself.
+    return nullptr;
+  }
+}
+
+void CReadAhead::keep(const std::string &path, uint64_t number, uint64_t size, std::unique_ptr<PreparedText> prepared) {
+  if (prepared && number > m_filesDone)
+    m_prepared[path] = {number, std::move(prepared)};
+  else
+    m_preparedBytes -= size;
 }
 
 std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  m_cutDone.wait(lock, [&] { return m_preparing != path; });
+  for (;;) {
+    // Queued and not begun: cut here, now.
+    for (auto it = m_queue.begin(); it != m_queue.end(); ++it) {
+      if (it->path != path) continue;
+      const Queued queued = std::move(*it);
+      m_queue.erase(it);
+      m_preparedBytes -= static_cast<uint64_t>(queued.info.st_size);
+      lock.unlock();
+      return cutHere(queued);
+    }
+    if (m_preparing != path) break;
+    // This thread is cutting it: rather than wait, the walk cuts the file
+    // queued next, which it will come to after this one.
+    if (m_queue.empty()) {
+      m_cutDone.wait(lock);
+      continue;
+    }
+    Queued next = std::move(m_queue.front());
+    m_queue.pop_front();
+    lock.unlock();
+    std::unique_ptr<PreparedText> prepared = cutHere(next);
+    lock.lock();
+    keep(next.path, next.number, static_cast<uint64_t>(next.info.st_size), std::move(prepared));
+  }
   // Files the walk has passed are dropped, whatever became of them.
   for (auto it = m_prepared.begin(); it != m_prepared.end();) {
     if (it->second.first > m_filesDone) {

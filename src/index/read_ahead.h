@@ -4,12 +4,14 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 class CKurvoIndex;
@@ -20,9 +22,11 @@ struct PreparedText;
 // that its bytes are in the page cache when the walk gets there. A file of
 // 2 KiB to 1 MiB for the "utf8" analyzer is read and cut into words here
 // instead, for the analyzer to take, unless the walk is about to come to it
-// (the walk then cuts it itself while this thread goes on). It stays at most
-// filesAhead files ahead of the walk, reports nothing, changes nothing and
-// only reads the index's patterns and settings, which a walk leaves alone.
+// (the walk then cuts it itself while this thread goes on). The next few
+// files wait in a queue while one is cut here: a walk that would wait for
+// that one cuts the next queued one meanwhile. It stays at most filesAhead files ahead
+// of the walk, reports nothing, changes nothing and only reads the index's
+// patterns and settings, which a walk leaves alone.
 class CReadAhead {
  public:
   CReadAhead(const CKurvoIndex &index, const std::string &top, uint32_t filesAhead);
@@ -48,13 +52,27 @@ class CReadAhead {
   // Waits until the walk is near enough; false once stopping.
   bool mayReadNext();
   // Asks for the bytes of the file name in the open folder, the walk's file
-  // number; one for the "utf8" analyzer may be cut into words instead.
+  // number; one for the "utf8" analyzer may be queued to be cut into words.
   void readFile(int folder, const std::string &name, const std::string &path, uint64_t number, bool forUtf8);
-  // Whether the file may be cut now: the walk has not passed it and the
-  // budget holds it. Marks it as being cut.
-  bool mayCut(const std::string &path, uint64_t number, uint64_t size);
-  // Keeps what was cut (nothing when prepared is null) for take().
-  void cutDone(const std::string &path, uint64_t number, std::unique_ptr<PreparedText> prepared);
+  // Queues the open file fd to be cut when the walk is not about to come to
+  // it and the budget holds it; false (fd left open) otherwise.
+  bool queueCut(const std::string &path, uint64_t number, int fd, const struct stat &info);
+  // Cuts queued files on this thread, the first first, until fewer than
+  // left remain; those stay queued for the walk to take when it would wait.
+  void cutQueued(size_t left);
+  struct Queued;
+  // Cuts a queued file on the calling thread and closes it; null when that fails.
+  std::unique_ptr<PreparedText> cutHere(const Queued &queued) const;
+  // Keeps what was cut (nothing when prepared is null) for take(); the
+  // caller holds the lock.
+  void keep(const std::string &path, uint64_t number, uint64_t size, std::unique_ptr<PreparedText> prepared);
+
+  struct Queued {
+    std::string path;
+    uint64_t number;
+    int fd;
+    struct stat info;
+  };
 
   const CKurvoIndex &m_index;
   const std::string m_top;
@@ -64,10 +82,12 @@ class CReadAhead {
   uint64_t m_filesRead = 0;
   uint64_t m_filesDone = 0;
   bool m_waiting = false;
-  // Cut files by path, with their file numbers; the one being cut.
+  // Files to cut, in the walk's order, each with its file open; cut files
+  // by path, with their file numbers; the one this thread is cutting.
+  std::deque<Queued> m_queue;
   std::map<std::string, std::pair<uint64_t, std::unique_ptr<PreparedText>>> m_prepared;
   std::string m_preparing;
-  uint64_t m_preparedBytes = 0;  // the sizes of the cut files waiting
+  uint64_t m_preparedBytes = 0;  // the sizes of the files queued and cut, waiting
   std::condition_variable m_cutDone;
   std::atomic<bool> m_stopping{false};
   std::thread m_thread;
