@@ -43,16 +43,10 @@ TEST_F(DirectoryWalk, LinksAreSkippedByTheWalkAndFollowedByTheUpdate) {
   const std::set<std::string> paths = {"/real.txt", "/link.txt", "/linkdir", "/linkdir/inner.txt"};
   EXPECT_EQ(recordedAmong(paths), (std::set<std::string>{"/real.txt"}));
 
+  // (first_index_test checks a file link's record and words.)
   index->updateDirectory(top.c_str(), topRecord);
   EXPECT_EQ(recordedAmong(paths), paths);
-  const auto found = records();
-  EXPECT_EQ(found.at(top + "/link.txt").size, 13u);
-  EXPECT_EQ(found.at(top + "/link.txt").time, mtimeOf(top + "/real.txt"));
-  EXPECT_EQ(found.at(top + "/linkdir").parent, 0u);
-  // The link was indexed as a file of its own.
-  const uint32_t target = index->words->lookup("target");
-  ASSERT_NE(target, 0u);
-  EXPECT_EQ(readWordFiles(*index, target).current, found.at(top + "/link.txt").number);
+  EXPECT_EQ(records().at(top + "/linkdir").parent, 0u);
 }
 
 TEST_F(DirectoryWalk, TrackAllDecidesWhetherUnselectedFilesAreRecorded) {

@@ -25,7 +25,9 @@ TEST(Lifecycle, EmptyIndexKeepsSkipWordsAndDropsLinksUntilNewFileLinks) {
   EXPECT_EQ(index->words->lookup("the"), 0u) << "still a skip word";
 }
 
-TEST(Lifecycle, StoringTwiceWritesTheSameSummaryAndAMissingFolderFails) {
+// Storing twice writes the same summary; a missing storage folder, a summary
+// of the other byte order, no summary at all and no skip file are refused.
+TEST(Lifecycle, StoringTwiceAndTheRefusals) {
   TempDir tmp;
   CapturedMessages messages;
   auto index = startFullBuild(tmp);
@@ -35,32 +37,22 @@ TEST(Lifecycle, StoringTwiceWritesTheSameSummaryAndAMissingFolderFails) {
   index->storeStorage(tmp.path());
   EXPECT_EQ(tmp.read("hash"), first);
   EXPECT_FALSE(index->files->isWritable());
-
   const std::string missing = tmp.path() + "nowhere/";
   EXPECT_EQ(raised(messages, [&] { index->storeStorage(missing); }), (Message{"StorageReadError", missing}));
-}
 
-TEST(Lifecycle, AnIndexStoredOnTheOtherByteOrderIsRefusedAsSuch) {
-  TempDir tmp;
-  CapturedMessages messages;
-  startFullBuild(tmp)->storeStorage(tmp.path());
   // Every word of the summary file as the other byte order writes it.
-  std::string hash = tmp.read("hash");
+  std::string hash = first;
   for (size_t i = 0; i + 4 <= hash.size(); i += 4) std::reverse(hash.begin() + i, hash.begin() + i + 4);
   tmp.write("hash", hash);
   EXPECT_EQ(raised(messages, [&] { CKurvoIndex(false, tmp.path()); }), (Message{"StorageByteOrder", tmp.path()}));
-}
-
-TEST(Lifecycle, OpeningWithoutSummaryAndLoadingAMissingSkipFileFail) {
-  TempDir tmp;
-  CapturedMessages messages;
+  std::filesystem::remove(tmp.file("hash"));
   EXPECT_EQ(raised(messages, [&] { CKurvoIndex(false, tmp.path()); }), (Message{"StorageReadError", tmp.path()}));
 
   // Without a skip-file setting the file is looked for three folders above
   // the storage folder.
-  CKurvoIndex index(true, tmp.path());
-  EXPECT_EQ(raised(messages, [&] { index.indexExclusions(); }),
-            (Message{"SkipOpenFail", index.configurationFolder() + "skipfile.txt"}));
-  ASSERT_NE(index.skipWords, nullptr);
-  EXPECT_EQ(index.skipWords->getFirst(), 0u);
+  CKurvoIndex fresh(true, tmp.path());
+  EXPECT_EQ(raised(messages, [&] { fresh.indexExclusions(); }),
+            (Message{"SkipOpenFail", fresh.configurationFolder() + "skipfile.txt"}));
+  ASSERT_NE(fresh.skipWords, nullptr);
+  EXPECT_EQ(fresh.skipWords->getFirst(), 0u);
 }

@@ -20,7 +20,7 @@ class FileStorage : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(FileStorage, FirstRecordIs36AndLookupNeedsTheParentButIgnoresCase) {
+TEST_F(FileStorage, RecordsFrom36AreFoundByNameAndParentIgnoringCaseUnlessObsolete) {
   CFileStorage t(dir.file("files"), 1000);
   const uint32_t folder = add(t, "/top", 0);
   EXPECT_EQ(folder, 36u);
@@ -33,22 +33,16 @@ TEST_F(FileStorage, FirstRecordIs36AndLookupNeedsTheParentButIgnoresCase) {
   EXPECT_EQ(t.lookupFile("Notes.TXT", 99), elsewhere);
   EXPECT_EQ(t.lookupFile("Notes.TXT", 0), 0u);
   EXPECT_EQ(t.lookupFile("Notes.TX", folder), 0u);
-}
 
-TEST_F(FileStorage, ObsoleteRecordIsWalkedButNotFound) {
-  CFileStorage t(dir.file("files"), 1000);
-  const uint32_t gone = add(t, "gone.txt", 36);
-  const uint32_t kept = add(t, "kept.txt", 36);
-  file_record::markObsolete(t.getData(gone));
-  EXPECT_TRUE(file_record::isObsolete(t.getData(gone)));
-  EXPECT_EQ(std::string(t.getText(gone)), "\xFFone.txt");
-  EXPECT_EQ(t.lookupFile("gone.txt", 36), 0u);
-  EXPECT_EQ(t.getFirst(), gone);
-  EXPECT_EQ(t.getNext(gone), kept);
-  const uint32_t again = add(t, "gone.txt", 36);
-  EXPECT_EQ(t.lookupFile("gone.txt", 36), again);
-  char *empty = t.getData(add(t, "", 36));
-  file_record::markObsolete(empty);  // an empty name is left alone
+  // An obsolete record is walked but not found; an empty name stays as it is.
+  file_record::markObsolete(t.getData(file));
+  EXPECT_EQ(std::string(t.getText(file)), "\xFFotes.TXT");
+  EXPECT_EQ(t.lookupFile("notes.txt", folder), 0u);
+  EXPECT_EQ(t.getNext(folder), file);
+  const uint32_t again = add(t, "notes.txt", folder);
+  EXPECT_EQ(t.lookupFile("Notes.txt", folder), again);
+  char *empty = t.getData(add(t, "", folder));
+  file_record::markObsolete(empty);
   EXPECT_STREQ(file_record::name(empty), "");
 }
 
