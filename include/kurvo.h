@@ -311,9 +311,10 @@ KURVO_API void kidxPrune(void *index);
  * set): 1 when a recorded file or folder has vanished or changed, 0 when none
  * has. Stops at the first change; reads the disk and changes nothing, so a
  * host can leave an index nothing has overtaken as it is. A table of 1,000
- * records or more is checked in two halves at once, the second on a thread
- * that has ended when the call returns; callbacks still come on the caller's
- * thread, and the answer is that of a check in order. CAUGHT: -1 on a
+ * records or more is checked by the caller's thread from the start and a
+ * second thread from the end at once, a run of records at a time; that
+ * thread has ended when the call returns, callbacks still come on the
+ * caller's thread, and the answer is that of a check in order. CAUGHT: -1 on a
  * broken file table ("AssertionFailed", then "PruneParentError" as for
  * kidxPrune). */
 KURVO_API int kidxHasChanges(void *index);

@@ -213,12 +213,12 @@ class RecordRuns {
   static constexpr size_t kRunLength = 64;
 
   explicit RecordRuns(const CFileStorage &files) {
-    size_t counted = 0;
     for (uint32_t record = files.getFirst(); record; record = files.getNext(record))
-      if (counted++ % kRunLength == 0) m_starts.push_back(record);
+      if (m_records++ % kRunLength == 0) m_starts.push_back(record);
     m_back = m_starts.size();
   }
 
+  size_t records() const { return m_records; }
   size_t count() const { return m_starts.size(); }
   uint32_t start(size_t run) const { return m_starts[run]; }
   // The record after the run (0: the table's end).
@@ -227,17 +227,20 @@ class RecordRuns {
   bool takeFront(size_t &run) { return take(run, true); }
   bool takeBack(size_t &run) { return take(run, false); }
   // No more runs are handed out.
-  void close() { take(m_front, true, true); }
+  void close() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_front = m_back;
+  }
 
  private:
-  bool take(size_t &run, bool front, bool closing = false) {
+  bool take(size_t &run, bool front) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (closing) m_front = m_back;
     if (m_front == m_back) return false;
     run = front ? m_front++ : --m_back;
     return true;
   }
 
+  size_t m_records = 0;
   std::vector<uint32_t> m_starts;
   std::mutex m_mutex;
   size_t m_front = 0;
@@ -255,7 +258,7 @@ bool CKurvoIndex::hasChanges() {
   // first, and one it found broken is checked again in order.
   RecordRuns runs(*files);
   FolderStat folders;
-  if (runs.count() * RecordRuns::kRunLength < kRecordsForHelper) return recordsChanged(files->getFirst(), 0, folders);
+  if (runs.records() < kRecordsForHelper) return recordsChanged(files->getFirst(), 0, folders);
 
   // The runs the caller took stay Unchecked here.
   std::vector<QuietCheck> helped(runs.count(), QuietCheck::Unchecked);

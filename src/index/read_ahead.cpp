@@ -194,6 +194,11 @@ std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {
     }
     Queued next = std::move(m_queue.front());
     m_queue.pop_front();
+    if (next.number <= m_filesDone) {
+      close(next.fd);
+      m_preparedBytes -= static_cast<uint64_t>(next.info.st_size);
+      continue;
+    }
     lock.unlock();
     std::unique_ptr<PreparedText> prepared = cutHere(next);
     lock.lock();

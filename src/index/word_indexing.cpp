@@ -20,10 +20,6 @@ struct FileCloser {
   void operator()(FILE *f) const { std::fclose(f); }
 };
 
-}  // namespace
-
-namespace {
-
 // The counter after n more occurrences in the same file: it counts up to 255
 // and stays there (one from elsewhere stays the way single steps take it).
 uint16_t counted(uint16_t counter, uint32_t n) {
