@@ -428,7 +428,8 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
  * with their counts. Every callback still comes on the caller's thread, the
  * stored bytes are the same, and the thread has ended when
  * kidxIndexDirectory returns. With this set, kidxCompressLinks also writes
- * the list blocks on a second thread (ended when it returns) and leaves
+ * the list blocks and sorts the words for kidxStoreWordOrder on second
+ * threads (ended when it returns), and leaves
  * unmapping the spent word links (their "temp" file already removed) to a
  * thread that kidxClearIndex waits for. Negative counts are taken as 0. */
 KURVO_API void kidxSetReadAhead(void *index, int files);

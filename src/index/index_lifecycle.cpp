@@ -97,7 +97,12 @@ void CKurvoIndex::storeWordOrder(const std::string &folder) {
   const std::string path = folder + "wordorder";
   const CWordOrder earlier(path);
   if (earlier.usable(*words)) return;
-  writeWordOrder(*words, path, earlier);
+  if (sortedWordsUsed != 0 && sortedWordsUsed == words->getUsed())
+    writeWordOrder(*words, path, std::move(sortedWords));
+  else
+    writeWordOrder(*words, path, earlier);
+  sortedWords.clear();
+  sortedWordsUsed = 0;
   wordOrder.reset();  // read again on first use
 }
 

@@ -218,6 +218,11 @@ class CKurvoIndex {
   void letGoInBackground(const CFileMemory::Handover &region);
   void waitForLetGo();
   std::thread letGoThread;
+  // With reading ahead on, compression also sorts the words for the word
+  // order on another thread; storeWordOrder takes the result while no word
+  // has been added since (the table's used bytes then still match).
+  std::vector<uint32_t> sortedWords;
+  uint32_t sortedWordsUsed = 0;
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "index/kurvo_index.h"
 #include "index/slot_writer.h"
 #include "storage/byte_io.h"
+#include "storage/word_order.h"
 
 namespace {
 
@@ -232,6 +234,28 @@ void CKurvoIndex::compressLinks() {
   const std::string tempPath = storagePath + "temp";
   const uint32_t entrySize = UseRanking ? 5 : 4;
 
+  // Sorting the words for the word order reads only their texts, which
+  // compression leaves alone: with reading ahead on, it runs meanwhile.
+  std::thread sorting;
+  sortedWords.clear();
+  sortedWordsUsed = 0;
+  if (ReadAhead > 0) {
+    try {
+      sorting = std::thread([this, used = words->getUsed()] {
+        try {
+          sortedWords = sortedWordEntries(*words);
+          sortedWordsUsed = used;
+        } catch (...) {
+          // Out of memory: the order is sorted when it is stored.
+        }
+      });
+    } catch (const std::system_error &) {
+    }
+  }
+  const auto sorted = [&sorting] {
+    if (sorting.joinable()) sorting.join();
+  };
+
   try {
     fileLinks->setGrowByRequest(GrowByRequest != 0);
     // Before the first block every word's earlier files are this run's, so
@@ -242,6 +266,7 @@ void CKurvoIndex::compressLinks() {
       placeBlocks(*this, *fileLinks, entrySize);
     fillBlocks(*this, *fileLinks, entrySize);
   } catch (...) {
+    sorted();
     // A half-built list is useless: drop every table the run touched. The
     // file-link region taken above is the index's own, so it goes once.
     delete fileLinks;
@@ -264,5 +289,6 @@ void CKurvoIndex::compressLinks() {
   wordLinks = nullptr;
   std::remove(tempPath.c_str());
   if (spent.base || spent.fd >= 0) letGoInBackground(spent);
+  sorted();
   if (ShowStatus) setStatus(kurvo_keys::kDone, "");
 }

@@ -52,8 +52,9 @@ struct SortedWord {
   }
 };
 
-// Every entry, sorted.
-std::vector<uint32_t> sortedOrder(const CTextStorage &words) {
+}  // namespace
+
+std::vector<uint32_t> sortedWordEntries(const CTextStorage &words) {
   std::vector<SortedWord> sorted;
   sorted.reserve(words.getEntryCount());
   for (uint32_t w = words.getFirst(); w != 0; w = words.getNext(w)) {
@@ -66,6 +67,8 @@ std::vector<uint32_t> sortedOrder(const CTextStorage &words) {
   for (const SortedWord &word : sorted) entries.push_back(word.entry);
   return entries;
 }
+
+namespace {
 
 // The earlier order with the words added since put in one by one, each
 // where a binary search finds its place: far less work than sorting again
@@ -106,7 +109,11 @@ std::vector<uint32_t> extendedOrder(const CTextStorage &words, const CWordOrder 
 
 void writeWordOrder(const CTextStorage &words, const std::string &path, const CWordOrder &earlier) {
   std::vector<uint32_t> entries = extendedOrder(words, earlier);
-  if (entries.empty()) entries = sortedOrder(words);
+  if (entries.empty()) entries = sortedWordEntries(words);
+  writeWordOrder(words, path, std::move(entries));
+}
+
+void writeWordOrder(const CTextStorage &words, const std::string &path, std::vector<uint32_t> entries) {
   const uint32_t header[] = {kWordOrderMagic, words.getUsed(), static_cast<uint32_t>(entries.size())};
   entries.insert(entries.begin(), std::begin(header), std::end(header));
 

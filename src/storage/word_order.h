@@ -19,6 +19,12 @@ class CWordOrder;
 // "FileMapWriteFail" with path when it cannot be written. An earlier order of
 // the same table is extended by the words added since, when they are few.
 void writeWordOrder(const CTextStorage &words, const std::string &path, const CWordOrder &earlier);
+// The same with the table's entries already sorted (by sortedWordEntries,
+// with no word added since).
+void writeWordOrder(const CTextStorage &words, const std::string &path, std::vector<uint32_t> sorted);
+// Every entry of the table in byte order of its text. Reads only the texts,
+// so it may run while the word data is being written.
+std::vector<uint32_t> sortedWordEntries(const CTextStorage &words);
 
 // A word order read back. It fits only the word table it was written for:
 // once a word is added, it is no longer usable.

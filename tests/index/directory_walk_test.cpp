@@ -112,7 +112,7 @@ TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
 // Plain text read by "utf8" (cut into words ahead of the walk when small, by
 // either thread) and by "generic" (only read ahead), a word across two reads,
 // a word more than 255 times in one read, a file the read limit cuts and one
-// too large to be cut ahead.
+// too large to be cut ahead; the word order too.
 TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
   for (int i = 0; i < 60; ++i) {
     std::string text;
@@ -130,6 +130,7 @@ TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
   using Lists = std::map<std::string, std::pair<uint32_t, WordFiles>>;
   Lists first;
   std::vector<std::string> firstStatuses;
+  std::string firstOrder;
   // A slow host lets the read-ahead get ahead of the walk; with a fast one
   // the walk catches up and cuts files queued for the other thread.
   for (const auto &[readAhead, hostMicroseconds] : {std::pair{0, 2000}, {1, 2000}, {8, 2000}, {8, 0}}) {
@@ -146,13 +147,18 @@ TEST_F(DirectoryWalk, ReadingAheadLeavesEveryRecordListAndStatusAsItWas) {
     messages.statuses.clear();
     index->indexDirectory(top.c_str(), topRecord);
     index->compressLinks();
+    // The word order, sorted during compression when reading ahead.
+    std::filesystem::remove(tmp.file("wordorder"));
+    index->storeWordOrder(tmp.path());
+    const std::string order = tmp.read("wordorder");
     Lists lists;
     for (const auto &[word, entry] : allWords(*index->words)) lists[word] = {entry, readWordFiles(*index, entry)};
     std::vector<std::string> statuses;
     for (const Message &m : messages.statuses)
       if (m.key != kurvo_keys::kIndexingFile) statuses.push_back(m.key + " " + m.argument);
-    if (readAhead == 0) first = lists, firstStatuses = statuses;
+    if (readAhead == 0) first = lists, firstStatuses = statuses, firstOrder = order;
     EXPECT_EQ(lists, first);
+    EXPECT_EQ(order, firstOrder);
     EXPECT_EQ(statuses, firstStatuses);
     EXPECT_EQ(records().size(), 70u);
     EXPECT_TRUE(hasWord("acrossreads") && hasWord("kept") && hasWord("largeword") && !hasWord("cutword"));
