@@ -429,9 +429,9 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
  * stored bytes are the same, and the thread has ended when
  * kidxIndexDirectory returns. With this set, kidxCompressLinks also writes
  * the list blocks and sorts the words for kidxStoreWordOrder on second
- * threads (ended when it returns), and leaves
- * unmapping the spent word links (their "temp" file already removed) to a
- * thread that kidxClearIndex waits for. Negative counts are taken as 0. */
+ * threads (ended when it returns), and leaves unmapping the spent word links
+ * (their "temp" file already removed) to a thread that kidxClearIndex waits
+ * for. Negative counts are taken as 0. */
 KURVO_API void kidxSetReadAhead(void *index, int files);
 /* Beyond the classic behaviour: kidxPrune leaves the records below the folder
  * path (absolute, no trailing '/') as they are, neither dropped nor read, for
