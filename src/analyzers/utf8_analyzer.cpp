@@ -80,7 +80,7 @@ std::unique_ptr<PreparedText> preparedText(const CKurvoIndex &index, const char 
 
 // A file the read-ahead left to the walk is cut the same way here: each
 // read's words are then indexed once with their counts.
-std::unique_ptr<PreparedText> cutHere(const CKurvoIndex &index, const char *path, uint32_t file) {
+std::unique_ptr<PreparedText> cutAheadHere(const CKurvoIndex &index, const char *path, uint32_t file) {
   if (!index.readAhead) return nullptr;
   // The record's size spares most files that are not cut a second open.
   const char *record = index.files->getData(file);
@@ -154,7 +154,7 @@ bool CUtf8Analyzer::indexFile(const char *path, unsigned long fileNumber) {
   CKurvoIndex &index = *m_pIndex;
   const uint32_t file = static_cast<uint32_t>(fileNumber);
   std::unique_ptr<PreparedText> prepared = preparedText(index, path, file);
-  if (!prepared) prepared = cutHere(index, path, file);
+  if (!prepared) prepared = cutAheadHere(index, path, file);
   if (prepared) {
     indexPrepared(index, *prepared, path, file);
     return true;

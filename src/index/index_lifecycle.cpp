@@ -97,12 +97,12 @@ void CKurvoIndex::storeWordOrder(const std::string &folder) {
   const std::string path = folder + "wordorder";
   const CWordOrder earlier(path);
   if (earlier.usable(*words)) return;
-  if (sortedWordsUsed != 0 && sortedWordsUsed == words->getUsed())
-    writeWordOrder(*words, path, std::move(sortedWords));
+  if (m_sortedWordsUsed != 0 && m_sortedWordsUsed == words->getUsed())
+    writeWordOrder(*words, path, std::move(m_sortedWords));
   else
     writeWordOrder(*words, path, earlier);
-  sortedWords.clear();
-  sortedWordsUsed = 0;
+  m_sortedWords.clear();
+  m_sortedWordsUsed = 0;
   wordOrder.reset();  // read again on first use
 }
 

@@ -117,14 +117,14 @@ void CKurvoIndex::clear() {
 void CKurvoIndex::letGoInBackground(const CFileMemory::Handover &region) {
   waitForLetGo();
   try {
-    letGoThread = std::thread([region] { CFileMemory::letGo(region); });
+    m_letGoThread = std::thread([region] { CFileMemory::letGo(region); });
   } catch (const std::system_error &) {
     CFileMemory::letGo(region);
   }
 }
 
 void CKurvoIndex::waitForLetGo() {
-  if (letGoThread.joinable()) letGoThread.join();
+  if (m_letGoThread.joinable()) m_letGoThread.join();
 }
 
 void CKurvoIndex::freeMemFiles() {

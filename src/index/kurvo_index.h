@@ -213,16 +213,6 @@ class CKurvoIndex {
   // walk on a second thread (0: none), and the read-ahead under way.
   int32_t ReadAhead = 0;
   CReadAhead *readAhead = nullptr;
-  // With reading ahead on, a run's spent word links are unmapped and closed
-  // on another thread (their file already removed); waited for on clear().
-  void letGoInBackground(const CFileMemory::Handover &region);
-  void waitForLetGo();
-  std::thread letGoThread;
-  // With reading ahead on, compression also sorts the words for the word
-  // order on another thread; storeWordOrder takes the result while no word
-  // has been added since (the table's used bytes then still match).
-  std::vector<uint32_t> sortedWords;
-  uint32_t sortedWordsUsed = 0;
   // Beyond the classic settings: folders an update leaves as they are
   // recorded, because they cannot be reached now.
   std::vector<std::string> keptFolders;
@@ -239,4 +229,16 @@ class CKurvoIndex {
   int32_t validViewableMask[256];
   int32_t nonAlphaCharMask[256];
   int32_t controlCharMask[256];
+
+ private:
+  // With reading ahead on, a run's spent word links are unmapped and closed
+  // on another thread (their file already removed); waited for on clear().
+  void letGoInBackground(const CFileMemory::Handover &region);
+  void waitForLetGo();
+  std::thread m_letGoThread;
+  // With reading ahead on, compression also sorts the words for the word
+  // order on another thread; storeWordOrder takes the result while no word
+  // has been added since (the table's used bytes then still match).
+  std::vector<uint32_t> m_sortedWords;
+  uint32_t m_sortedWordsUsed = 0;
 };

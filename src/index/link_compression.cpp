@@ -237,14 +237,14 @@ void CKurvoIndex::compressLinks() {
   // Sorting the words for the word order reads only their texts, which
   // compression leaves alone: with reading ahead on, it runs meanwhile.
   std::thread sorting;
-  sortedWords.clear();
-  sortedWordsUsed = 0;
+  m_sortedWords.clear();
+  m_sortedWordsUsed = 0;
   if (ReadAhead > 0) {
     try {
       sorting = std::thread([this, used = words->getUsed()] {
         try {
-          sortedWords = sortedWordEntries(*words);
-          sortedWordsUsed = used;
+          m_sortedWords = sortedWordEntries(*words);
+          m_sortedWordsUsed = used;
         } catch (...) {
           // Out of memory: the order is sorted when it is stored.
         }

@@ -141,8 +141,7 @@ void CReadAhead::cutQueued(size_t left) {
       m_queue.pop_front();
       // One the walk has passed is dropped.
       if (next.number <= m_filesDone) {
-        close(next.fd);
-        m_preparedBytes -= static_cast<uint64_t>(next.info.st_size);
+        drop(next);
         continue;
       }
       m_preparing = next.path;
@@ -155,6 +154,11 @@ void CReadAhead::cutQueued(size_t left) {
     }
     m_cutDone.notify_all();
   }
+}
+
+void CReadAhead::drop(const Queued &queued) {
+  close(queued.fd);
+  m_preparedBytes -= static_cast<uint64_t>(queued.info.st_size);
 }
 
 std::unique_ptr<PreparedText> CReadAhead::cutHere(const Queued &queued) const {
@@ -195,8 +199,7 @@ std::unique_ptr<PreparedText> CReadAhead::take(const std::string &path) {
     Queued next = std::move(m_queue.front());
     m_queue.pop_front();
     if (next.number <= m_filesDone) {
-      close(next.fd);
-      m_preparedBytes -= static_cast<uint64_t>(next.info.st_size);
+      drop(next);
       continue;
     }
     lock.unlock();

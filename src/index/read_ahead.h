@@ -61,6 +61,8 @@ class CReadAhead {
   // left remain; those stay queued for the walk to take when it would wait.
   void cutQueued(size_t left);
   struct Queued;
+  // Closes a queued file left uncut; the caller holds the lock.
+  void drop(const Queued &queued);
   // Cuts a queued file on the calling thread and closes it; null when that fails.
   std::unique_ptr<PreparedText> cutHere(const Queued &queued) const;
   // Keeps what was cut (nothing when prepared is null) for take(); the
