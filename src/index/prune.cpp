@@ -14,6 +14,7 @@
 #include "report/reporting.h"
 #include "index/folder_stat.h"
 #include "index/kurvo_index.h"
+#include "index/processor_placement.h"
 #include "storage/table_sizes.h"
 
 namespace {
@@ -269,6 +270,7 @@ bool CKurvoIndex::hasChanges() {
       size_t run = 0;
       while (runs.takeBack(run)) helped[run] = recordsChangedQuietly(runs.start(run), runs.end(run), helperFolders);
     });
+    placeAwayFromCaller(helper);
   } catch (const std::system_error &) {
   }
   // The helper is stopped once the caller's runs have answered for all.
