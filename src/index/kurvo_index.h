@@ -103,6 +103,10 @@ class CKurvoIndex {
                           struct stat &info, FolderStat &folders);
   // The same for a record whose path is known.
   PruneAction actionForPath(const char *data, const std::string &path, struct stat &info, FolderStat &folders) const;
+  // The same for a file in a top folder, without its path; false where that
+  // does not apply and the record needs the way above.
+  bool fileActionInFolder(const char *data, FolderStat &folders, PruneAction &action) const;
+  bool isChanged(const char *data, const struct stat &info) const;
   bool recordsChanged(uint32_t first, uint32_t end, FolderStat &folders);
   enum class QuietCheck { Unchecked, Unchanged, Changed, Broken };
   QuietCheck recordsChangedQuietly(uint32_t first, uint32_t end, FolderStat &folders) const;

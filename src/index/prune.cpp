@@ -169,9 +169,24 @@ CKurvoIndex::PruneAction CKurvoIndex::actionForPath(const char *data, const std:
                         ? stat(path.c_str(), &info)
                         : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &info);
   if (found != 0) return PruneAction::Drop;
-  const bool changed =
-      static_cast<int32_t>(info.st_mtime) > TimeBase || (ExactUpdates && differsFromRecord(data, info));
-  return changed ? PruneAction::Refresh : PruneAction::None;
+  return isChanged(data, info) ? PruneAction::Refresh : PruneAction::None;
+}
+
+bool CKurvoIndex::isChanged(const char *data, const struct stat &info) const {
+  return static_cast<int32_t>(info.st_mtime) > TimeBase || (ExactUpdates && differsFromRecord(data, info));
+}
+
+bool CKurvoIndex::fileActionInFolder(const char *data, FolderStat &folders, PruneAction &action) const {
+  const uint32_t parent = file_record::parent(data);
+  if (parent == 0 || !keptFolders.empty()) return false;
+  const char *folder = files->getData(parent);
+  if (!folder || file_record::parent(folder) != 0) return false;
+  struct stat info;
+  if (folders.statIn(parent, file_record::name(folder), file_record::name(data), &info) != 0)
+    action = PruneAction::Drop;
+  else
+    action = isChanged(data, info) ? PruneAction::Refresh : PruneAction::None;
+  return true;
 }
 
 // The records from first up to end (0: the last) in the order prune visits
@@ -183,7 +198,12 @@ bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end, FolderStat &folde
   for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    if (pruneAction(record, data, lastParentFetched, path, info, folders) != PruneAction::None) return true;
+    PruneAction action = PruneAction::None;
+    if (!file_record::isObsolete(data) && fileActionInFolder(data, folders, action))
+      lastParentFetched = file_record::parent(data);
+    else
+      action = pruneAction(record, data, lastParentFetched, path, info, folders);
+    if (action != PruneAction::None) return true;
   }
   return false;
 }
@@ -198,8 +218,12 @@ CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, uint3
     const char *data = files->getData(record);
     if (!data) return QuietCheck::Broken;
     if (file_record::isObsolete(data)) continue;
-    if (!recordPath(*files, data, path)) return QuietCheck::Broken;
-    if (actionForPath(data, path, info, folders) != PruneAction::None) return QuietCheck::Changed;
+    PruneAction action = PruneAction::None;
+    if (!fileActionInFolder(data, folders, action)) {
+      if (!recordPath(*files, data, path)) return QuietCheck::Broken;
+      action = actionForPath(data, path, info, folders);
+    }
+    if (action != PruneAction::None) return QuietCheck::Changed;
   }
   return QuietCheck::Unchanged;
 }
