@@ -313,10 +313,11 @@ KURVO_API void kidxPrune(void *index);
  * host can leave an index nothing has overtaken as it is. A table of 1,000
  * records or more is checked by the caller's thread from the start and a
  * second thread from the end at once, a run of records at a time; that
- * thread has ended when the call returns, callbacks still come on the
- * caller's thread, and the answer is that of a check in order. CAUGHT: -1 on a
- * broken file table ("AssertionFailed", then "PruneParentError" as for
- * kidxPrune). */
+ * thread starts on another processor than the caller's (where the process
+ * may use one) and has ended when the call returns, callbacks still come on
+ * the caller's thread, and the answer is that of a check in order.
+ * CAUGHT: -1 on a broken file table ("AssertionFailed", then
+ * "PruneParentError" as for kidxPrune). */
 KURVO_API int kidxHasChanges(void *index);
 
 /* Turn the word-link list into one file list per word and delete the word-link
