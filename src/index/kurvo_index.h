@@ -96,6 +96,7 @@ class CKurvoIndex {
   // vanished or changed; stops at the first one and changes nothing.
   bool hasChanges();
   std::string prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched);
+  bool quietPath(const char *data, std::string &path) const;
   void refreshChangedFile(uint32_t record, const std::string &path, const struct stat &info);
   enum class PruneAction { None, Drop, Refresh };
   // What prune does with one record; path and info are filled for Refresh.
@@ -108,8 +109,9 @@ class CKurvoIndex {
   bool fileActionInFolder(const char *data, FolderStat &folders, PruneAction &action) const;
   bool isChanged(const char *data, const struct stat &info) const;
   bool recordsChanged(uint32_t first, uint32_t end, FolderStat &folders);
-  enum class QuietCheck { Unchecked, Unchanged, Changed, Broken };
+  enum class QuietCheck { Unchanged, Changed, Broken };
   QuietCheck recordsChangedQuietly(uint32_t first, uint32_t end, FolderStat &folders) const;
+  bool recordsBrokenQuietly(uint32_t first, uint32_t end) const;
   // Tables of fewer records are checked on the caller's thread alone.
   static constexpr uint32_t kRecordsForHelper = 1000;
   void compressLinks();

@@ -3,10 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <string>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 #include "analyzers/file_analyzer.h"
@@ -14,7 +11,6 @@
 #include "report/reporting.h"
 #include "index/folder_stat.h"
 #include "index/kurvo_index.h"
-#include "index/processor_placement.h"
 #include "storage/table_sizes.h"
 
 namespace {
@@ -47,23 +43,6 @@ bool isKept(const std::vector<std::string> &folders, const std::string &path) {
   return false;
 }
 
-// The path prunedPath gives; false, saying nothing, when the record's
-// parent cannot be fetched.
-bool recordPath(const CFileStorage &files, const char *data, std::string &path) {
-  const uint32_t parent = file_record::parent(data);
-  if (parent == 0) {
-    path = file_record::name(data);
-    return true;
-  }
-  const char *folder = files.getData(parent);
-  if (!folder) return false;
-  if (file_record::parent(folder) != 0)
-    path.clear();
-  else
-    path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
-  return true;
-}
-
 std::string progressText(uint32_t visited, uint32_t total) {
   char text[32];
   std::snprintf(text, sizeof text, "%d/%d", static_cast<int>(visited), static_cast<int>(total));
@@ -72,12 +51,29 @@ std::string progressText(uint32_t visited, uint32_t total) {
 
 }  // namespace
 
+// The path prunedPath gives; false, saying nothing, when the record's
+// parent cannot be fetched.
+bool CKurvoIndex::quietPath(const char *data, std::string &path) const {
+  const uint32_t parent = file_record::parent(data);
+  if (parent == 0) {
+    path = file_record::name(data);
+    return true;
+  }
+  const char *folder = files->getData(parent);
+  if (!folder) return false;
+  if (file_record::parent(folder) != 0)
+    path.clear();
+  else
+    path = std::string(file_record::name(folder)) + '/' + file_record::name(data);
+  return true;
+}
+
 // The path of a folder or of a file in a folder; "" for a member of an
 // archive or mailbox, which only its container knows.
 std::string CKurvoIndex::prunedPath(uint32_t record, const char *data, uint32_t &lastParentFetched) {
   std::string path;
   const uint32_t parent = file_record::parent(data);
-  if (!recordPath(*files, data, path)) {
+  if (!quietPath(data, path)) {
     try {
       throwKurvoError(kurvo_keys::kAssertionFailed, "");
     } catch (int) {
@@ -187,138 +183,4 @@ bool CKurvoIndex::fileActionInFolder(const char *data, FolderStat &folders, Prun
   else
     action = isChanged(data, info) ? PruneAction::Refresh : PruneAction::None;
   return true;
-}
-
-// The records from first up to end (0: the last) in the order prune visits
-// them: whether one vanished or changed.
-bool CKurvoIndex::recordsChanged(uint32_t first, uint32_t end, FolderStat &folders) {
-  uint32_t lastParentFetched = 0;
-  std::string path;
-  struct stat info;
-  for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
-    const char *data = files->getData(record);
-    if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    PruneAction action = PruneAction::None;
-    if (!file_record::isObsolete(data) && fileActionInFolder(data, folders, action))
-      lastParentFetched = file_record::parent(data);
-    else
-      action = pruneAction(record, data, lastParentFetched, path, info, folders);
-    if (action != PruneAction::None) return true;
-  }
-  return false;
-}
-
-// The same on a helper thread, which must not call the host back: Broken
-// where the caller's thread would raise an error, at the first record that
-// changed or is broken.
-CKurvoIndex::QuietCheck CKurvoIndex::recordsChangedQuietly(uint32_t first, uint32_t end, FolderStat &folders) const {
-  std::string path;
-  struct stat info;
-  for (uint32_t record = first; record && record != end; record = files->getNext(record)) {
-    const char *data = files->getData(record);
-    if (!data) return QuietCheck::Broken;
-    if (file_record::isObsolete(data)) continue;
-    PruneAction action = PruneAction::None;
-    if (!fileActionInFolder(data, folders, action)) {
-      if (!recordPath(*files, data, path)) return QuietCheck::Broken;
-      action = actionForPath(data, path, info, folders);
-    }
-    if (action != PruneAction::None) return QuietCheck::Changed;
-  }
-  return QuietCheck::Unchanged;
-}
-
-namespace {
-
-// Runs of records handed out from both ends: the caller's thread takes them
-// from the start, the helper from the end, so a helper that starts late (a
-// sleeping processor wakes slowly) leaves more to the caller, not a wait.
-class RecordRuns {
- public:
-  static constexpr size_t kRunLength = 64;
-
-  explicit RecordRuns(const CFileStorage &files) {
-    for (uint32_t record = files.getFirst(); record; record = files.getNext(record))
-      if (m_records++ % kRunLength == 0) m_starts.push_back(record);
-    m_back = m_starts.size();
-  }
-
-  size_t records() const { return m_records; }
-  size_t count() const { return m_starts.size(); }
-  uint32_t start(size_t run) const { return m_starts[run]; }
-  // The record after the run (0: the table's end).
-  uint32_t end(size_t run) const { return run + 1 < m_starts.size() ? m_starts[run + 1] : 0; }
-  // The next run from the front, or from the back; false when none is left.
-  bool takeFront(size_t &run) { return take(run, true); }
-  bool takeBack(size_t &run) { return take(run, false); }
-  // No more runs are handed out.
-  void close() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_front = m_back;
-  }
-
- private:
-  bool take(size_t &run, bool front) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_front == m_back) return false;
-    run = front ? m_front++ : --m_back;
-    return true;
-  }
-
-  size_t m_records = 0;
-  std::vector<uint32_t> m_starts;
-  std::mutex m_mutex;
-  size_t m_front = 0;
-  size_t m_back = 0;
-};
-
-}  // namespace
-
-bool CKurvoIndex::hasChanges() {
-  if (!files) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-  // Checking a record is mostly a stat, so a large table is checked by two
-  // threads at once, a run of records at a time. The answer is the one a
-  // check in order gives, its errors included: the caller's runs come first
-  // and are checked with errors raised; the helper's only say what they met
-  // first, and one it found broken is checked again in order.
-  RecordRuns runs(*files);
-  FolderStat folders;
-  if (runs.records() < kRecordsForHelper) return recordsChanged(files->getFirst(), 0, folders);
-
-  // The runs the caller took stay Unchecked here.
-  std::vector<QuietCheck> helped(runs.count(), QuietCheck::Unchecked);
-  std::thread helper;
-  try {
-    helper = std::thread([&] {
-      FolderStat helperFolders;
-      size_t run = 0;
-      while (runs.takeBack(run)) helped[run] = recordsChangedQuietly(runs.start(run), runs.end(run), helperFolders);
-    });
-    placeAwayFromCaller(helper);
-  } catch (const std::system_error &) {
-  }
-  // The helper is stopped once the caller's runs have answered for all.
-  const auto finish = [&] {
-    runs.close();
-    if (helper.joinable()) helper.join();
-  };
-  try {
-    size_t run = 0;
-    while (runs.takeFront(run)) {
-      if (recordsChanged(runs.start(run), runs.end(run), folders)) {
-        finish();
-        return true;
-      }
-    }
-  } catch (...) {
-    finish();
-    throw;
-  }
-  finish();
-  for (size_t run = 0; run < runs.count(); ++run) {
-    if (helped[run] == QuietCheck::Changed) return true;
-    // What the helper found broken is checked here in order from that run on.
-    if (helped[run] == QuietCheck::Broken) return recordsChanged(runs.start(run), 0, folders);
-  }
-  return false;
 }

@@ -153,6 +153,12 @@ TEST_F(Prune, HasChangesOverALargeTableAnswersAsInOrder) {
   const auto orphan = [this] {
     file_record::setParent(index->files->getData(index->files->addFile("orphan.txt")), 0x7ffffff0);
   };
+  // The n-th file in record order loses its folder.
+  const auto breakParent = [this](size_t n) {
+    for (uint32_t record = index->files->getFirst(); record; record = index->files->getNext(record))
+      if (file_record::parent(index->files->getData(record)) != 0 && n-- == 0)
+        file_record::setParent(index->files->getData(record), 0x7ffffff0);
+  };
   const struct {
     const char *what;
     std::function<void(const std::vector<std::string> &)> change;
@@ -173,6 +179,20 @@ TEST_F(Prune, HasChangesOverALargeTableAnswersAsInOrder) {
        [&](auto &paths) {
          setMTime(paths[5], kBase + 1);
          orphan();
+       },
+       "true"},
+      // A change found late first leaves the earlier runs to be read for a broken record.
+      {"a broken parent in the middle, a change late",
+       [&](auto &paths) {
+         setMTime(paths[paths.size() - 5], kBase + 1);
+         breakParent(600);
+       },
+       kurvo_keys::kPruneParentError},
+      {"a change, a broken parent and a change late",
+       [&](auto &paths) {
+         setMTime(paths[400], kBase + 1);
+         breakParent(600);
+         setMTime(paths[paths.size() - 5], kBase + 1);
        },
        "true"},
   };
