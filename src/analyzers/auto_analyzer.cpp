@@ -1,7 +1,6 @@
 // CAutoAnalyzer: signatures, the text test and the hand-over.
 #include "analyzers/auto_analyzer.h"
 
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,11 +20,12 @@ bool startsWith(const unsigned char *head, size_t length, const char *prefix, si
   return length >= at + n && std::memcmp(head + at, prefix, n) == 0;
 }
 
+// ASCII case alone, whatever locale the host has set.
 bool startsWithNoCase(const unsigned char *head, size_t length, const char *prefix) {
   const size_t n = std::strlen(prefix);
   if (length < n) return false;
   for (size_t i = 0; i < n; ++i)
-    if (std::tolower(head[i]) != prefix[i]) return false;
+    if ((head[i] >= 'A' && head[i] <= 'Z' ? head[i] + ('a' - 'A') : head[i]) != prefix[i]) return false;
   return true;
 }
 
@@ -42,7 +42,8 @@ bool looksLikeText(const unsigned char *head, size_t length) {
 
 bool looksLikeHtml(const unsigned char *head, size_t length) {
   size_t at = startsWith(head, length, "\xEF\xBB\xBF") ? 3 : 0;
-  while (at < length && std::isspace(head[at])) ++at;
+  // ASCII white space alone, whatever locale the host has set.
+  while (at < length && (head[at] == ' ' || (head[at] >= '\t' && head[at] <= '\r'))) ++at;
   const unsigned char *tag = head + at;
   const size_t rest = length - at;
   return startsWithNoCase(tag, rest, "<!doctype html") || startsWithNoCase(tag, rest, "<html") ||
