@@ -1,7 +1,6 @@
 // kurvo: build, update and search full-text indexes of folders from the shell.
 #include <sys/stat.h>
 
-#include <clocale>
 #include <fstream>
 #include <iostream>
 
@@ -12,7 +11,6 @@
 #include "kurvo.h"
 #include "library_callbacks.h"
 #include "man_page.h"
-#include "terminal_text.h"
 
 using namespace kurvo_cli;
 
@@ -186,11 +184,8 @@ int main(int argc, char **argv) {
   // The index holds the words of private files: everything kurvo creates is
   // for its user alone, whatever the umask.
   ::umask(077);
-  // Only the character set follows the locale: numbers and messages stay as they are.
-  std::setlocale(LC_CTYPE, "");
   // Output goes through the streams alone: they need not keep step with stdio.
   std::ios::sync_with_stdio(false);
-  detectTerminalEncoding();
   CommandLine c;
   CLI::App app(kDescription, "kurvo");
   defineGlobalOptions(app, c);

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cctype>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -14,8 +15,6 @@
 namespace kurvo_cli {
 
 namespace {
-
-bool g_utf8 = false;
 
 std::string libraryToUtf8(const std::string &text) {
   std::vector<char> out(text.size() * 3 + 1);
@@ -38,20 +37,27 @@ bool environmentNamesUtf8() {
 
 }  // namespace
 
-void detectTerminalEncoding() {
-  const char *codeset = nl_langinfo(CODESET);
-  g_utf8 = codeset && (std::strcmp(codeset, "UTF-8") == 0 || std::strcmp(codeset, "utf8") == 0);
-  if (!g_utf8 && (!codeset || std::strcmp(codeset, "ANSI_X3.4-1968") == 0)) g_utf8 = environmentNamesUtf8();
+// Read on first use: only commands that show or take index text need it,
+// and loading the locale's files is a good part of a short command's run.
+// Only the character set follows the locale: numbers and messages stay as
+// they are.
+bool terminalIsUtf8() {
+  static const bool utf8 = [] {
+    std::setlocale(LC_CTYPE, "");
+    const char *codeset = nl_langinfo(CODESET);
+    const bool named = codeset && (std::strcmp(codeset, "UTF-8") == 0 || std::strcmp(codeset, "utf8") == 0);
+    if (!named && (!codeset || std::strcmp(codeset, "ANSI_X3.4-1968") == 0)) return environmentNamesUtf8();
+    return named;
+  }();
+  return utf8;
 }
-
-bool terminalIsUtf8() { return g_utf8; }
 
 std::string asUtf8(const std::string &text) {
   // Index text holds no NUL; the library converts up to one.
   return libraryToUtf8(text);
 }
 
-std::string forTerminal(const std::string &text) { return g_utf8 ? asUtf8(text) : text; }
+std::string forTerminal(const std::string &text) { return terminalIsUtf8() ? asUtf8(text) : text; }
 
 const std::string &terminalCharacter(unsigned char byte) {
   static const std::array<std::string, 256> utf8 = [] {
@@ -65,12 +71,12 @@ const std::string &terminalCharacter(unsigned char byte) {
     for (int c = 0; c < 256; ++c) table[c] = std::string(1, static_cast<char>(c));
     return table;
   }();
-  return g_utf8 ? utf8[byte] : raw[byte];
+  return terminalIsUtf8() ? utf8[byte] : raw[byte];
 }
 
 std::string fromTerminal(const std::string &text, unsigned *foreign) {
   if (foreign) *foreign = 0;
-  if (!g_utf8) return text;
+  if (!terminalIsUtf8()) return text;
   std::vector<char> out(text.size() + 1);
   const unsigned count = kTextFromUtf8(text.c_str(), out.data(), static_cast<unsigned>(out.size()));
   if (foreign) *foreign = count;

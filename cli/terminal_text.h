@@ -5,8 +5,8 @@
 
 namespace kurvo_cli {
 
-// Reads the locale's character set once (after setlocale in main).
-void detectTerminalEncoding();
+// Whether the locale's character set is UTF-8; the locale is read on the
+// first call.
 bool terminalIsUtf8();
 
 // Index text as the terminal shows it: UTF-8 when the locale is UTF-8,
