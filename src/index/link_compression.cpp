@@ -235,11 +235,12 @@ void CKurvoIndex::compressLinks() {
   const uint32_t entrySize = UseRanking ? 5 : 4;
 
   // Sorting the words for the word order reads only their texts, which
-  // compression leaves alone: with reading ahead on, it runs meanwhile.
+  // compression leaves alone: with reading ahead on, it runs meanwhile,
+  // unless the stored order needs only the few words added since.
   std::thread sorting;
   m_sortedWords.clear();
   m_sortedWordsUsed = 0;
-  if (ReadAhead > 0) {
+  if (ReadAhead > 0 && !CWordOrder(storagePath + "wordorder").extendsCheaply(*words)) {
     try {
       sorting = std::thread([this, used = words->getUsed()] {
         try {
