@@ -79,7 +79,7 @@ std::vector<uint32_t> extendedOrder(const CTextStorage &words, const CWordOrder 
   std::vector<SortedWord> added;
   for (uint32_t w = words.entryAppendedAt(earlier.usedBytes()); w != 0; w = words.getNext(w)) {
     const char *text = words.getText(w);
-    if (!text || (added.size() + 1) * CWordOrder::kFewerAdded > count) return {};
+    if (!text || (added.size() + 1) * CWordOrder::kHeldPerAdded > count) return {};
     added.emplace_back(text, w);
   }
   if (count + added.size() != words.getEntryCount()) return {};

@@ -44,11 +44,11 @@ class CWordOrder {
   bool precedes(const CTextStorage &words) const {
     return m_usedBytes != 0 && m_usedBytes < words.getUsed() && m_count < words.getEntryCount();
   }
-  // Usable, or to be extended by few words (at most one for every
-  // kFewerAdded it holds), which costs far less than sorting again.
-  static constexpr size_t kFewerAdded = 32;
+  // Usable, or to be extended by few words (at most one added word for
+  // every kHeldPerAdded it holds), which costs far less than sorting again.
+  static constexpr size_t kHeldPerAdded = 32;
   bool extendsCheaply(const CTextStorage &words) const {
-    return usable(words) || (precedes(words) && (words.getEntryCount() - m_count) * kFewerAdded <= m_count);
+    return usable(words) || (precedes(words) && (words.getEntryCount() - m_count) * kHeldPerAdded <= m_count);
   }
   size_t size() const { return m_count; }
   uint32_t usedBytes() const { return m_usedBytes; }
