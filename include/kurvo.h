@@ -429,10 +429,14 @@ KURVO_API void kidxSetGrowByRequest(void *index, int on);
  * with their counts. Every callback still comes on the caller's thread, the
  * stored bytes are the same, and the thread has ended when
  * kidxIndexDirectory returns. With this set, kidxCompressLinks also writes
- * the list blocks and sorts the words for kidxStoreWordOrder on second
- * threads (ended when it returns), and leaves unmapping the spent word links
- * (their "temp" file already removed) to a thread that kidxClearIndex waits
- * for. Negative counts are taken as 0. */
+ * the list blocks on a second thread, and sorts the words for
+ * kidxStoreWordOrder on another unless the stored order needs only the few
+ * words added since (both ended when it returns), and leaves unmapping the
+ * spent word links (their "temp" file already removed) to a thread that
+ * kidxClearIndex waits for; kidxPrune looks up each block of 1,024 records
+ * on the disk before it visits them, on its own thread and a second one at
+ * once, while the tables are left alone, and takes each answer whose path is
+ * still the one it would look up. Negative counts are taken as 0. */
 KURVO_API void kidxSetReadAhead(void *index, int files);
 /* Beyond the classic behaviour: kidxPrune leaves the records below the folder
  * path (absolute, no trailing '/') as they are, neither dropped nor read, for

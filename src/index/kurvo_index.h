@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "index/prune_ahead.h"
 #include "storage/file_links.h"
 #include "storage/file_storage.h"
 #include "storage/text_storage.h"
@@ -100,10 +101,12 @@ class CKurvoIndex {
   void refreshChangedFile(uint32_t record, const std::string &path, const struct stat &info);
   enum class PruneAction { None, Drop, Refresh };
   // What prune does with one record; path and info are filled for Refresh.
+  // ahead: the record's stat made before, taken if made for the same path.
   PruneAction pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched, std::string &path,
-                          struct stat &info, FolderStat &folders);
+                          struct stat &info, FolderStat &folders, const PruneAhead::Answer *ahead = nullptr);
   // The same for a record whose path is known.
-  PruneAction actionForPath(const char *data, const std::string &path, struct stat &info, FolderStat &folders) const;
+  PruneAction actionForPath(const char *data, const std::string &path, struct stat &info, FolderStat &folders,
+                            const PruneAhead::Answer *ahead = nullptr) const;
   // The same for a file in a top folder, without its path; false where that
   // does not apply and the record needs the way above.
   bool fileActionInFolder(const char *data, FolderStat &folders, PruneAction &action) const;

@@ -131,14 +131,16 @@ void CKurvoIndex::prune() {
   std::string path;
   struct stat info;
   FolderStat folders;
+  PruneAhead ahead;
   for (uint32_t record = files->getFirst(); record && record < recordLimit; record = files->getNext(record)) {
     ++visited;
     // Formatted only when a report is due: most records pass without one.
     if (progressDue()) reportProgress(kurvo_keys::kUpdatingStatus, progressText(visited, FilesIndexed));
 
+    const PruneAhead::Answer *answer = ReadAhead > 0 ? ahead.take(*this, record, recordLimit) : nullptr;
     const char *data = files->getData(record);
     if (!data) throwKurvoError(kurvo_keys::kAssertionFailed, "");
-    const PruneAction action = pruneAction(record, data, lastParentFetched, path, info, folders);
+    const PruneAction action = pruneAction(record, data, lastParentFetched, path, info, folders, answer);
     if (action == PruneAction::Drop) {
       file_record::markObsolete(files->getData(record));
     } else if (action == PruneAction::Refresh && file_record::parent(data) == 0) {
@@ -152,18 +154,25 @@ void CKurvoIndex::prune() {
 }
 
 CKurvoIndex::PruneAction CKurvoIndex::pruneAction(uint32_t record, const char *data, uint32_t &lastParentFetched,
-                                                  std::string &path, struct stat &info, FolderStat &folders) {
+                                                  std::string &path, struct stat &info, FolderStat &folders,
+                                                  const PruneAhead::Answer *ahead) {
   if (file_record::isObsolete(data)) return PruneAction::None;
   path = prunedPath(record, data, lastParentFetched);
-  return actionForPath(data, path, info, folders);
+  return actionForPath(data, path, info, folders, ahead);
 }
 
 CKurvoIndex::PruneAction CKurvoIndex::actionForPath(const char *data, const std::string &path, struct stat &info,
-                                                    FolderStat &folders) const {
+                                                    FolderStat &folders, const PruneAhead::Answer *ahead) const {
   if (path.empty() || isKept(keptFolders, path)) return PruneAction::None;
-  const int found = file_record::parent(data) == 0
-                        ? stat(path.c_str(), &info)
-                        : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &info);
+  int found = -1;
+  if (ahead && !ahead->path.empty() && ahead->path == path) {
+    found = ahead->found;
+    info = ahead->info;
+  } else {
+    found = file_record::parent(data) == 0
+                ? stat(path.c_str(), &info)
+                : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &info);
+  }
   if (found != 0) return PruneAction::Drop;
   return isChanged(data, info) ? PruneAction::Refresh : PruneAction::None;
 }

@@ -209,3 +209,49 @@ TEST_F(Prune, HasChangesOverALargeTableAnswersAsInOrder) {
     index.reset();
   }
 }
+
+// With reading ahead the stat calls of each block of records come first, on
+// two threads; pruning leaves what it left without: records, lists, reports.
+TEST_F(Prune, ReadingAheadLeavesWhatPruningLeft) {
+  for (int i = 0; i < 1100; ++i) put("many/f" + std::to_string(i) + ".txt", "many words\n", kBase - 100);
+  setMTime(top + "/many", kBase - 100);
+  touchFolders(kBase - 100, kBase - 100, kBase - 100);
+  TempDir other;
+  std::unique_ptr<CKurvoIndex> built[2];
+  for (int readAhead : {0, 1}) {
+    built[readAhead] = startFullBuild(readAhead ? other : tmp);
+    built[readAhead]->indexDirectory(top.c_str(), addTopFolder(*built[readAhead], top));
+    built[readAhead]->compressLinks();
+  }
+  // Changed, vanished and unchanged files on both sides of the block boundary,
+  // a folder with a new file, an older file of another size.
+  for (int i : {5, 1023, 1024, 1090}) put("many/f" + std::to_string(i) + ".txt", "fresh words\n", kBase + 5);
+  for (int i : {7, 1030}) std::filesystem::remove(top + "/many/f" + std::to_string(i) + ".txt");
+  put("sub/new.txt", "newcomer words\n", kBase + 5);
+  put("f.txt", "older\n", kBase - 200);
+  touchFolders(kBase - 100, kBase + 5, kBase - 100);
+  setMTime(top + "/many", kBase + 5);
+
+  using Outcome = std::tuple<std::vector<std::string>, std::map<std::string, WordFiles>, std::vector<std::string>>;
+  Outcome outcomes[2];
+  for (int readAhead : {0, 1}) {
+    CKurvoIndex &index = *built[readAhead];
+    index.TimeBase = kBase;
+    index.ExactUpdates = 1;
+    index.ReadAhead = readAhead * 4;
+    index.ShowStatus = 2;
+    index.ReportSkipped = 1;
+    messages.statuses.clear();
+    index.prune();
+    index.compressLinks();
+    auto &[records, lists, statuses] = outcomes[readAhead];
+    for (const auto &[key, r] : recordsByPath(*index.files))
+      records.push_back(key + " " + std::to_string(r.number) + " " + std::to_string(r.time) + " " +
+                        std::to_string(r.size) + " " + std::to_string(r.attributes));
+    for (const auto &[word, entry] : allWords(*index.words)) lists[word] = readWordFiles(index, entry);
+    for (const Message &m : messages.statuses) statuses.push_back(m.key + " " + m.argument);
+  }
+  EXPECT_EQ(outcomes[1], outcomes[0]);
+  EXPECT_EQ(std::get<1>(outcomes[0]).count("newcomer"), 1u);
+  EXPECT_TRUE(messages.errors.empty());
+}
