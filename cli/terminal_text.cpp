@@ -57,7 +57,12 @@ std::string asUtf8(const std::string &text) {
   return libraryToUtf8(text);
 }
 
-std::string forTerminal(const std::string &text) { return terminalIsUtf8() ? asUtf8(text) : text; }
+// Text that reads the same either way (plain ASCII, mostly) leaves the
+// locale unread.
+std::string forTerminal(const std::string &text) {
+  std::string converted = asUtf8(text);
+  return converted != text && terminalIsUtf8() ? converted : text;
+}
 
 const std::string &terminalCharacter(unsigned char byte) {
   static const std::array<std::string, 256> utf8 = [] {
@@ -71,14 +76,14 @@ const std::string &terminalCharacter(unsigned char byte) {
     for (int c = 0; c < 256; ++c) table[c] = std::string(1, static_cast<char>(c));
     return table;
   }();
-  return terminalIsUtf8() ? utf8[byte] : raw[byte];
+  return utf8[byte] != raw[byte] && terminalIsUtf8() ? utf8[byte] : raw[byte];
 }
 
 std::string fromTerminal(const std::string &text, unsigned *foreign) {
   if (foreign) *foreign = 0;
-  if (!terminalIsUtf8()) return text;
   std::vector<char> out(text.size() + 1);
   const unsigned count = kTextFromUtf8(text.c_str(), out.data(), static_cast<unsigned>(out.size()));
+  if ((count == 0 && text == out.data()) || !terminalIsUtf8()) return text;
   if (foreign) *foreign = count;
   return out.data();
 }

@@ -45,6 +45,8 @@ printf '%s\n' "$OUT" | iconv -f UTF-8 -t UTF-8 >/dev/null 2>&1 || fail "show pri
 [ "$OUT" = "$(cat "$D/utf8.txt")" ] || fail "show gives a UTF-8 file back as it is"
 kurvo show "$D/latin1.txt"
 [ "$OUT" = "$(cat "$V/latin1.txt")" ] || fail "show gives a Latin-1 file as UTF-8"
+LC_ALL=C kurvo show "$D/latin1.txt"
+[ "$OUT" = "$(cat "$D/latin1.txt")" ] || fail "outside a UTF-8 locale show gives the bytes as they are"
 kurvo show --outline "$D/boundary.txt" boundaryword
 expect_contains "boundaryword spans" "outline across a 64 KB boundary"
 finds "gzipped café words" "a gzip file shows the file inside" show "$D/notes.txt.gz"
