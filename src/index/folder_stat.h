@@ -28,6 +28,12 @@ class FolderStat {
     return m_fd >= 0 ? fstatat(m_fd, path.c_str() + nameStart, info, 0) : ::stat(path.c_str(), info);
   }
 
+  // A record's path as pruning looks it up: a top folder by its whole path,
+  // anything else in its folder; nameLength is the length of its last name.
+  int statRecord(const std::string &path, size_t nameLength, bool topFolder, struct stat *info) {
+    return topFolder ? ::stat(path.c_str(), info) : stat(path, path.size() - nameLength, info);
+  }
+
   // The same for name in the folder whose record is parent and whose path is
   // folder: checking the record number saves building and comparing paths.
   int statIn(uint32_t parent, const char *folder, const char *name, struct stat *info) {

@@ -165,13 +165,11 @@ CKurvoIndex::PruneAction CKurvoIndex::actionForPath(const char *data, const std:
                                                     FolderStat &folders, const PruneAhead::Answer *ahead) const {
   if (path.empty() || isKept(keptFolders, path)) return PruneAction::None;
   int found = -1;
-  if (ahead && !ahead->path.empty() && ahead->path == path) {
+  if (ahead && ahead->path == path) {
     found = ahead->found;
     info = ahead->info;
   } else {
-    found = file_record::parent(data) == 0
-                ? stat(path.c_str(), &info)
-                : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &info);
+    found = folders.statRecord(path, std::strlen(file_record::name(data)), file_record::parent(data) == 0, &info);
   }
   if (found != 0) return PruneAction::Drop;
   return isChanged(data, info) ? PruneAction::Refresh : PruneAction::None;

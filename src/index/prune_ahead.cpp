@@ -100,9 +100,8 @@ void PruneAhead::lookUpRange(const CKurvoIndex &index, size_t begin, size_t end,
     const char *data = index.files->getData(m_records[at]);
     if (!data || file_record::isObsolete(data) || !index.quietPath(data, path) || path.empty()) continue;
     Answer &answer = m_answers[at];
-    answer.found = file_record::parent(data) == 0
-                       ? ::stat(path.c_str(), &answer.info)
-                       : folders.stat(path, path.size() - std::strlen(file_record::name(data)), &answer.info);
+    answer.found =
+        folders.statRecord(path, std::strlen(file_record::name(data)), file_record::parent(data) == 0, &answer.info);
     answer.path = path;
   }
 }
