@@ -11,9 +11,7 @@ WORK="$(cd "$WORK" && pwd -P)"
 export KURVO_HOME="$WORK/home"
 export NO_COLOR=1
 FAILURES=0
-
-cleanup() { rm -rf "$WORK"; }
-trap cleanup EXIT
+trap 'rm -rf "$WORK"' EXIT
 
 # kurvo ARGS...: runs the command; sets OUT, ERR and STATUS.
 kurvo() {
@@ -23,20 +21,20 @@ kurvo() {
 }
 
 fail() {
-  echo "FAIL: $*" >&2
-  echo "  stdout: $OUT" >&2
-  echo "  stderr: $ERR" >&2
+  printf 'FAIL: %s\n  stdout: %s\n  stderr: %s\n' "$*" "$OUT" "$ERR" >&2
   FAILURES=$((FAILURES + 1))
 }
 
-expect_status() {  # expected, description
-  [ "$STATUS" -eq "$1" ] || fail "$2: exit status $STATUS, expected $1"
-}
+expect_status() { [ "$STATUS" -eq "$1" ] || fail "$2: exit status $STATUS, expected $1"; }  # expected, description
+expect_out() { [ "$OUT" = "$1" ] || fail "$2: unexpected output; expected:
+$1"; }  # exact expected stdout, description
+expect_contains() { case "$OUT" in *"$1"*) ;; *) fail "$2: output lacks '$1'" ;; esac; }  # text, description
+expect_lacks() { case "$OUT" in *"$1"*) fail "$2: output holds '$1'" ;; esac; }  # text, description
 
-expect_out() {  # exact expected stdout, description
-  [ "$OUT" = "$1" ] || fail "$2: unexpected output; expected:
-$1"
-}
+# succeeds DESCRIPTION ARGS...: `kurvo ARGS` exits 0.
+succeeds() { local what="$1"; shift; kurvo "$@"; expect_status 0 "$what"; }
+# shows TEXT DESCRIPTION ARGS...: `kurvo ARGS` exits 0 and prints TEXT among its output.
+shows() { local text="$1"; shift; succeeds "$@"; expect_contains "$text" "$1"; }
 
 # finds EXPECTED DESCRIPTION ARGS...: `kurvo ARGS` prints exactly EXPECTED,
 # with status 0, or status 1 when EXPECTED is empty (nothing found).
@@ -66,24 +64,10 @@ fails_saying() {
   case "$ERR" in *"$text"*) ;; *) fail "$1: the error lacks '$text'" ;; esac
 }
 
-expect_contains() {  # text, description
-  case "$OUT" in *"$1"*) ;; *) fail "$2: output lacks '$1'" ;; esac
-}
-
-expect_lacks() {  # text, description
-  case "$OUT" in *"$1"*) fail "$2: output holds '$1'" ;; *) ;; esac
-}
-
 # Writes a file, creating its folder; the content ends in a line feed.
-put() {  # path, text
-  mkdir -p "$(dirname "$1")"
-  printf '%s\n' "$2" >"$1"
-}
+put() { mkdir -p "$(dirname "$1")" && printf '%s\n' "$2" >"$1"; }  # path, text
 
 finish() {
-  if [ "$FAILURES" -ne 0 ]; then
-    echo "$FAILURES check(s) failed" >&2
-    exit 1
-  fi
+  [ "$FAILURES" -eq 0 ] || { echo "$FAILURES check(s) failed" >&2; exit 1; }
   echo "all checks passed"
 }

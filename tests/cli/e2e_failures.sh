@@ -5,8 +5,7 @@ fails "search without an index" search anything
 
 D="$WORK/docs"
 put "$D/alpha.txt" "original content"
-kurvo index "$D"
-expect_status 0 "index"
+succeeds "index" index "$D"
 
 # The status callback answers "stop" at once: the run halts and the old
 # index stays as it was.
@@ -23,8 +22,7 @@ put "$D/alpha.txt" "changed content"
 KURVO_HALT_AFTER=1 kurvo update
 expect_status 130 "interrupted update"
 finds "$D/alpha.txt" "old index still searchable after an interrupted update" search original
-kurvo update
-expect_status 0 "update after the interruption"
+succeeds "update after the interruption" update
 finds "$D/alpha.txt" "the next update takes the change in" search changed
 
 fails "missing folder" index "$WORK/no/such/folder"
@@ -45,8 +43,7 @@ head -c $((size - 16)) /dev/zero | tr '\0' '\377' | dd of="$files" bs=1 seek=16 
 fails "damaged file table" search original
 fails "update of a damaged file table" update
 # Rebuilding repairs it.
-kurvo index "$D"
-expect_status 0 "rebuild over a corrupt store"
+succeeds "rebuild over a corrupt store" index "$D"
 finds "$D/alpha.txt" "rebuilt index" search changed
 
 finish

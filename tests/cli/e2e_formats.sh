@@ -27,8 +27,7 @@ cat %i
 LIST
 
 started=$(date +%s)
-kurvo index "$D" --converter-timeout 2 --include '*.up=lower' '*.slow=slow' '*.mac=macroman'
-expect_status 0 "index"
+succeeds "index" index "$D" --converter-timeout 2 --include '*.up=lower' '*.slow=slow' '*.mac=macroman'
 [ $(($(date +%s) - started)) -lt 20 ] || fail "a stuck converter held up the run"
 case "$ERR" in *'the converter "broken" in externanalyzers.txt is left out'*) ;; *) fail "rejected converter not named" ;; esac
 [ ! -e "$D/HACKED" ] && [ ! -e HACKED ] && [ ! -e "$KURVO_HOME/HACKED" ] || fail "a file name ran a command"
@@ -38,8 +37,7 @@ finds "$D/garden-libreoffice.rtf" "RTF words" search 'pumpkin zucchini'
 finds "$D/\$(touch HACKED).up" "converted file found under its own name" search loudly
 finds "$D/a;touch HACKED.up" "second converted file" search whisper
 finds "" "the stuck converter's file has no words" search converted
-kurvo search 'caf*'
-expect_contains "$D/letter.mac" "Mac Roman words"
+shows "$D/letter.mac" "Mac Roman words" search 'caf*'
 
 finds "$D/garden-libreoffice.rtf
 $D/report-pdflatex.pdf" "PDF words beside RTF words" search 'zucchini'
@@ -47,16 +45,13 @@ finds "$D/invoice-ps2pdf.pdf" "the second page of a PDF" search 'lighthouse'
 finds "$D/bomb.pdf" "the start of a stream cut at its bound" search bombshell
 finds "" "what lies past a stream's bound is left out" search farewell
 case "$ERR" in *bomb.pdf*) fail "a cut PDF is only said with --verbose" ;; esac
-kurvo show "$D/invoice-ps2pdf.pdf" lighthouse
-expect_contains "Second page: lighthouse maintenance" "PDF display"
+shows "Second page: lighthouse maintenance" "PDF display" show "$D/invoice-ps2pdf.pdf" lighthouse
 kurvo index "$D" --verbose --converter-timeout 2 --include '*.up=lower' '*.slow=slow' '*.mac=macroman'
 case "$ERR" in *"$D/bomb.pdf inflates to more than kurvo reads from one PDF"*) ;; *) fail "--verbose names the cut PDF" ;; esac
 
-kurvo show "$D/\$(touch HACKED).up"
-expect_contains "shout loudly" "converted display"
+shows "shout loudly" "converted display" show "$D/\$(touch HACKED).up"
 [ ! -e "$D/HACKED" ] && [ ! -e HACKED ] || fail "showing ran a command"
 
-kurvo help converters
-expect_contains "externanalyzers.txt" "converter help"
+shows "externanalyzers.txt" "converter help" help converters
 
 finish

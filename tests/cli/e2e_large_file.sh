@@ -6,16 +6,14 @@ source "$(dirname "$0")/cli_test_helpers.sh"
 D="$WORK/big"
 put "$D/huge.txt" "elephantine"
 truncate -s 3G "$D/huge.txt" || { echo "truncate failed: no sparse files here" >&2; exit 1; }
-kurvo index "$D"
-expect_status 0 "index"
+succeeds "index" index "$D"
 kurvo search --json elephantine
 expect_contains "\"path\": \"$D/huge.txt\"" "large file found"
 expect_contains '"size": 3221225472' "large file size"
 
 sleep 1
 put "$D/small.txt" "mouse"
-kurvo update
-expect_status 0 "update"
+succeeds "update" update
 finds "$D/huge.txt" "large file kept by an update" search elephantine
 
 finish

@@ -9,8 +9,7 @@ for i in $(seq 1 400); do printf 'alpha common word%s\n' "$i" >"$A/d$((i % 20))/
 for i in $(seq 1 4000); do printf 'bravo common item%s %s\n' "$i" "$A" >"$B/d$((i % 20))/g$i.txt"; done
 
 umask 022
-kurvo index "$A"
-expect_status 0 "first index"
+succeeds "first index" index "$A"
 bad_modes="$(find "$KURVO_HOME" \( -type d ! -perm 700 \) -o \( -type f ! -perm 600 \))"
 [ -z "$bad_modes" ] || fail "everything under the kurvo home is private; not: $bad_modes"
 
@@ -19,8 +18,7 @@ exec 9>"$KURVO_HOME/indexes/default/lock"
 flock 9
 fails_saying "is writing this index" "--no-wait while another run writes" --no-wait update
 ( sleep 1; flock -u 9 ) &
-kurvo update
-expect_status 0 "a second writer waits its turn"
+succeeds "a second writer waits its turn" update
 case "$ERR" in *"waiting for"*) ;; *) fail "the wait is said" ;; esac
 exec 9>&-
 wait
@@ -76,8 +74,7 @@ C="$WORK/c"
 put "$C/keep.txt" "charlie kept"
 kurvo index "$A" "$C" -q
 mv "$C" "$WORK/c-away"
-kurvo update
-expect_status 0 "update with a folder out of reach"
+succeeds "update with a folder out of reach" update
 case "$ERR" in *"the folder $C cannot be reached; its 1 files are kept"*) ;; *) fail "the missing folder is said" ;; esac
 finds "$C/keep.txt" "the missing folder's files stay searchable" search charlie
 mv "$WORK/c-away" "$C"
@@ -108,8 +105,7 @@ L="$WORK/long"
 mkdir -p "$L"
 ( cd "$L" && for i in $(seq 1 20); do d=$(printf 'd%.0s' $(seq 1 250)); mkdir "$d" && cd "$d" || exit 1; done; echo deep >deep.txt )
 head -c 3000 /dev/zero | tr '\0' 'a' >"$L/big.txt"
-kurvo --index skips index "$L" --max-file-read 1024 --verbose
-expect_contains "Left out: 1 files read only up to --max-file-read, 1 paths too long for the system" "skips counted by reason"
+shows "Left out: 1 files read only up to --max-file-read, 1 paths too long for the system" "skips counted by reason" --index skips index "$L" --max-file-read 1024 --verbose
 case "$ERR" in *"files read only up to --max-file-read: $L/big.txt"*) ;; *) fail "--verbose lists what was cut" ;; esac
 
 # A file put back older than the last run, and a FIFO in a changed folder.

@@ -13,8 +13,7 @@ put "$D/README" "readme words: kangaroo"
 printf 'binaryword\0\1\2\n' >"$D/notes.bin"
 put "$D/.git/config" "secretword"
 
-kurvo index "$D"
-expect_status 0 "index"
+succeeds "index" index "$D"
 expect_contains "Indexed" "index summary"
 
 # Each query and the files it finds, best first: more occurrences first, ties
@@ -69,8 +68,7 @@ kurvo stats
 expect_contains "folder:         $D" "stats folders"
 expect_contains "files:" "stats files"
 
-kurvo --help
-expect_contains "search" "--help lists commands"
+shows "search" "--help lists commands" --help
 "$KURVO_BIN" --help-man "$WORK/kurvo.1" && head -1 "$WORK/kurvo.1" | grep -q '^\.TH KURVO' ||
   fail "manual page"
 

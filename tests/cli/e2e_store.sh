@@ -19,15 +19,13 @@ write_docs() {  # round
 write_docs 0
 printf 'member words inside\n' >"$D/archive.txt" && gzip -n "$D/archive.txt"
 mkdir -p "$KURVO_HOME" && printf 'the\nand\nfor\n' >"$KURVO_HOME/skipfile.txt"
-kurvo index -q "$D"
-expect_status 0 "index"
+succeeds "index" index -q "$D"
 
 # Rounds of changes leave dead entries behind, some of them in archive members.
 for round in 1 2 3 4 5 6; do
   write_docs "$round"
   find "$D" -type f -exec touch -d "2020-01-0$round 12:00" {} +
-  kurvo update -q
-  expect_status 0 "update $round"
+  succeeds "update $round" update -q
 done
 
 STORE="$KURVO_HOME/indexes/default/store"
@@ -35,8 +33,7 @@ queries=(common wd17 'wd1*' 'wd3 wd250' 'wd5 | wd399' 'common -wd7' member)
 answers() { for q in "${queries[@]}"; do "$KURVO_BIN" search "$q"; echo "== $?"; done; }
 before="$(answers)"
 links_before=$(stat -c %s "$STORE/links")
-kurvo compact
-expect_status 0 "compact"
+succeeds "compact" compact
 expect_contains "Compacted" "compact summary"
 [ "$(answers)" = "$before" ] || fail "compaction changed an answer"
 links_after=$(stat -c %s "$STORE/links")
@@ -45,8 +42,7 @@ links_after=$(stat -c %s "$STORE/links")
 rm -rf "$WORK/plain" && cp -r "$STORE" "$WORK/plain" && rm "$WORK/plain/wordorder"
 [ "$("$KURVO_BIN" --store "$WORK/plain" search 'wd1*')" = "$("$KURVO_BIN" search 'wd1*')" ] ||
   fail "a pattern answers differently without the word order"
-kurvo check
-expect_status 0 "check of a sound index"
+succeeds "check of a sound index" check
 expect_contains "is sound" "check summary"
 
 # Damage rows: file, offset, how ("msb": the most significant byte of the

@@ -23,8 +23,7 @@ iconv -f MACINTOSH -t UTF-8 <"$D/letter.mac" >"$V/letter.mac"
 cp "$D/passwd" "$D/greek.txt" "$D/boundary.txt" "$V/"
 gzip -dc "$D/notes.txt.gz" >"$V/notes.txt.gz::notes.txt"
 
-kurvo index "$D" --include '*.mac=macroman'
-expect_status 0 "index"
+succeeds "index" index "$D" --include '*.mac=macroman'
 expect_contains "1 file holds characters outside Latin-1" "summary counts the Greek file"
 
 for word in café CAFÉ résumé naïve Übermensch déjà nologin lastword boundaryword gzipped macword \
@@ -47,8 +46,7 @@ kurvo show "$D/latin1.txt"
 [ "$OUT" = "$(cat "$V/latin1.txt")" ] || fail "show gives a Latin-1 file as UTF-8"
 LC_ALL=C kurvo show "$D/latin1.txt"
 [ "$OUT" = "$(cat "$D/latin1.txt")" ] || fail "outside a UTF-8 locale show gives the bytes as they are"
-kurvo show --outline "$D/boundary.txt" boundaryword
-expect_contains "boundaryword spans" "outline across a 64 KB boundary"
+shows "boundaryword spans" "outline across a 64 KB boundary" show --outline "$D/boundary.txt" boundaryword
 finds "gzipped café words" "a gzip file shows the file inside" show "$D/notes.txt.gz"
 finds "café	5" "words are printed in UTF-8" words 'caf*'
 

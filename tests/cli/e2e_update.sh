@@ -5,8 +5,7 @@ D="$WORK/docs"
 put "$D/alpha.txt" "the quick brown fox"
 put "$D/beta.txt" "brown bear"
 put "$D/sub/gamma.txt" "quiet garden"
-kurvo index "$D"
-expect_status 0 "index"
+succeeds "index" index "$D"
 
 # Changes are detected by time stamps in whole seconds.
 sleep 1
@@ -15,8 +14,7 @@ rm "$D/beta.txt"
 put "$D/sub/new.txt" "zebra crossing"
 put "$D/newdir/deep.txt" "platypus"
 
-kurvo update
-expect_status 0 "update"
+succeeds "update" update
 expect_contains "Updated" "update summary"
 finds "$D/alpha.txt" "changed file has its new words" search wolf
 finds "" "changed file lost its old words" search fox
@@ -30,10 +28,8 @@ E="$WORK/extra"
 put "$E/one.txt" "marmalade"
 kurvo index --add "$E"
 finds "$E/one.txt" "added folder searchable" search marmalade
-kurvo stats
-expect_contains "folder:         $E" "stats lists the added folder"
-kurvo index --add "$E/"
-expect_status 0 "adding a covered folder again"
+shows "folder:         $E" "stats lists the added folder" stats
+succeeds "adding a covered folder again" index --add "$E/"
 finds "$E/one.txt" "no duplicates after adding twice" search marmalade
 
 # A full index without folders rebuilds the recorded ones.
@@ -46,8 +42,7 @@ sleep 1
 kurvo update -q
 sizes="$(wc -c "$KURVO_HOME"/indexes/default/store/{files,links,words})"
 for round in 1 2; do
-  kurvo update
-  expect_contains "0 files read" "no-change update $round reads nothing"
+  shows "0 files read" "no-change update $round reads nothing" update
 done
 [ "$(wc -c "$KURVO_HOME"/indexes/default/store/{files,links,words})" = "$sizes" ] || fail "no-change updates grew the store"
 
