@@ -1,5 +1,7 @@
 // Directory walk and update: what gets recorded, what is skipped, progress and halting.
 
+#include <algorithm>
+
 #include "report/message_keys.h"
 #include "test_support.h"
 
@@ -10,27 +12,19 @@ using DirectoryWalk = IndexRunTest;
 TEST_F(DirectoryWalk, SkipsTheFolderAboveTheStorageFolder) {
   // scratchRoot holds a/b/c/store/; "a" is the index's skipped folder.
   const std::string root = scratchRoot(tmp);
-  const std::string rootPath = root.substr(0, root.size() - 1);
   writeFile(root + "x.txt", "visible words here\n");
   writeFile(root + "a/inside.txt", "hidden words there\n");
+  top = root.substr(0, root.size() - 1);
   start();
   ASSERT_EQ(index->skippedFolder, root + "a");
-  const uint32_t rootRecord = addTopFolder(*index, rootPath);
-  index->indexDirectory(rootPath.c_str(), rootRecord);
-
-  const auto found = records();
-  EXPECT_TRUE(found.count(root + "x.txt"));
+  index->indexDirectory(top.c_str(), topRecord);
   // The folder itself is recorded by its parent's walk, but not entered.
-  ASSERT_TRUE(found.count(root + "a"));
-  EXPECT_EQ(found.at(root + "a").parent, 0u);
-  EXPECT_FALSE(found.count(root + "a/inside.txt"));
-  EXPECT_FALSE(found.count(root + "a/b"));
-  EXPECT_TRUE(hasWord("visible"));
-  EXPECT_FALSE(hasWord("hidden"));
-  int skippedReports = 0;
-  for (const Message &m : messages.statuses)
-    if (m.key == kurvo_keys::kSkippedKurvoDirectory && m.argument.empty()) ++skippedReports;
-  EXPECT_EQ(skippedReports, 1);
+  EXPECT_EQ(recordedAmong({"/x.txt", "/a", "/a/inside.txt", "/a/b"}), (std::set<std::string>{"/x.txt", "/a"}));
+  EXPECT_EQ(records().at(root + "a").parent, 0u);
+  EXPECT_EQ(indexedAmong({"visible", "hidden"}), std::set<std::string>{"visible"});
+  EXPECT_EQ(
+      std::count(messages.statuses.begin(), messages.statuses.end(), Message{kurvo_keys::kSkippedKurvoDirectory, ""}),
+      1);
 }
 
 TEST_F(DirectoryWalk, LinksAreSkippedByTheWalkAndFollowedByTheUpdate) {
@@ -101,8 +95,7 @@ TEST_F(DirectoryWalk, HaltOnTheFirstStatusEndsTheWalk) {
     const std::string argument = messages.statuses[0].argument;
     EXPECT_TRUE(argument == top + "/one.txt\t1" || argument == top + "/two.txt\t1") << argument;
     ASSERT_NE(messages.lastError(), nullptr);
-    EXPECT_EQ(messages.lastError()->key, kurvo_keys::kHaltRequested);
-    EXPECT_EQ(messages.lastError()->argument, "");
+    EXPECT_EQ(*messages.lastError(), (Message{kurvo_keys::kHaltRequested, ""}));
     // Only the top folder stands: the halt came before the first entry was examined.
     EXPECT_EQ(records().size(), 1u);
     EXPECT_EQ(index->readAhead, nullptr);

@@ -46,10 +46,8 @@ TEST_F(LinkCompression, EachRunChainsANewBlockInFront) {
   EXPECT_EQ(index->links->getUsed(), 44u);
   EXPECT_EQ(listPosition("word"), 20u);
   EXPECT_EQ(index->links->getNextList(28), 0u);
-  EXPECT_EQ(filesOf("word").current, 200u);
-  EXPECT_EQ(filesOf("word").blocks, (std::vector<Block>{{{100, 255}}}));
-  EXPECT_EQ(index->wordLinks, nullptr);
-  EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
+  EXPECT_EQ(filesOf("word"), (WordFiles{200, 0, {{{100, 255}}}}));
+  EXPECT_TRUE(!index->wordLinks && !std::filesystem::exists(tmp.path() + "temp"));
 
   nextRun();
   see("word", 300);
@@ -57,8 +55,7 @@ TEST_F(LinkCompression, EachRunChainsANewBlockInFront) {
   // Three slots at 44..55: the pair for 200 in slot 1, slot 0 never read.
   EXPECT_EQ(listPosition("word"), 48u);
   EXPECT_EQ(index->links->getNextList(56), 20u);
-  EXPECT_EQ(filesOf("word").current, 300u);
-  EXPECT_EQ(filesOf("word").blocks, (std::vector<Block>{{{200, 255}}, {{100, 255}}}));
+  EXPECT_EQ(filesOf("word"), (WordFiles{300, 0, {{{200, 255}}, {{100, 255}}}}));
   // A word not seen in the later run gets an empty block.
   EXPECT_EQ(filesOf("old").blocks, (std::vector<Block>{{}, {{100, 255}}}));
 }
@@ -92,10 +89,7 @@ TEST_F(LinkCompression, CountsTravelWithTheirFiles) {
   see("many", 100, 300);
   see("many", 200);
   index->compressLinks();
-  const WordFiles word = filesOf("word");
-  EXPECT_EQ(word.current, 300u);
-  EXPECT_EQ(word.counter, 1u);
-  EXPECT_EQ(word.blocks, (std::vector<Block>{{{200, 0}, {100, 2}}}));
+  EXPECT_EQ(filesOf("word"), (WordFiles{300, 1, {{{200, 0}, {100, 2}}}}));
   EXPECT_EQ(filesOf("many").blocks, (std::vector<Block>{{{100, 255}}}));
   // Five-byte entries: (E + 1) * 5 + 4 per block.
   EXPECT_EQ(index->links->getUsed(), 20u + 19u + 14u);
@@ -107,14 +101,11 @@ TEST_F(LinkCompression, ReportsEveryWordWhenFewWordsWereIndexed) {
   for (const char *word : {"one", "two", "three"}) see(word, 200);
   index->ShowStatus = 1;
   index->compressLinks();
-  std::vector<std::pair<std::string, std::string>> got;
-  for (const Message &m : messages.statuses) got.push_back({m.key, m.argument});
-  const std::vector<std::pair<std::string, std::string>> want{{kurvo_keys::kCountingCompress, "0"},
-                                                              {kurvo_keys::kCountingCompress, "5"},
-                                                              {kurvo_keys::kCountingCompress, "10"},
-                                                              {kurvo_keys::kCompLinksFmt, "0\t50000"},
-                                                              {kurvo_keys::kDone, ""}};
-  EXPECT_EQ(got, want);
+  EXPECT_EQ(messages.statuses, (std::vector<Message>{{kurvo_keys::kCountingCompress, "0"},
+                                                     {kurvo_keys::kCountingCompress, "5"},
+                                                     {kurvo_keys::kCountingCompress, "10"},
+                                                     {kurvo_keys::kCompLinksFmt, "0\t50000"},
+                                                     {kurvo_keys::kDone, ""}}));
 }
 
 TEST_F(LinkCompression, AnErrorDropsTheTablesAndIsRaisedAgain) {
@@ -123,19 +114,9 @@ TEST_F(LinkCompression, AnErrorDropsTheTablesAndIsRaisedAgain) {
   see("word", 200);
   // A block too large for one allocation.
   store32(index->words->getData(index->words->lookup("word")) + word_data::kEarlierFiles, 300000);
-  int caught = 0;
-  try {
-    index->compressLinks();
-  } catch (int value) {
-    caught = value;
-  }
-  EXPECT_EQ(caught, 1);
+  EXPECT_TRUE(throwsKurvo([&] { index->compressLinks(); }));
   ASSERT_NE(messages.lastError(), nullptr);
   EXPECT_EQ(messages.lastError()->key, kurvo_keys::kGetHugeSpace);
-  EXPECT_EQ(index->links, nullptr);
-  EXPECT_EQ(index->wordLinks, nullptr);
-  EXPECT_EQ(index->files, nullptr);
-  EXPECT_EQ(index->words, nullptr);
-  EXPECT_NE(index->skipWords, nullptr);
+  EXPECT_TRUE(!index->links && !index->wordLinks && !index->files && !index->words && index->skipWords);
   EXPECT_FALSE(std::filesystem::exists(tmp.path() + "temp"));
 }

@@ -71,10 +71,8 @@ TEST(FileMemory, DisableWriteSavesTheHeaderAndThePathConstructorReadsIt) {
 
   CFileMemory again(path);
   EXPECT_FALSE(again.isWritable());
-  EXPECT_EQ(again.getLength(), 200u);
-  EXPECT_EQ(again.getUsed(), 116u);
-  EXPECT_EQ(again.getInitialSize(), 100u);
-  EXPECT_EQ(again.getIncrement(), 1000u);
+  EXPECT_EQ(std::make_tuple(again.getLength(), again.getUsed(), again.getInitialSize(), again.getIncrement()),
+            std::make_tuple(200u, 116u, 100u, 1000u));
   EXPECT_EQ(std::string(again.getPointer(marker), 4), "mark");
   EXPECT_EQ(again.getPointer(116), nullptr);
   ASSERT_TRUE(again.enableWrite());

@@ -86,9 +86,7 @@ TEST_F(FileStorage, ClosedAndReopenedTableGivesBackEveryRecord) {
 TEST_F(FileStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("files");
   { CFileStorage made(path, 2); }
-  expectBadDescriptions<CFileStorage>(path, {
-                                                {12350001, 20, 12340001, 2, 0, 0},  // a text table's magic
-                                                {12370001, 20, 12340002, 2, 0, 0},  // wrong bucket magic
-                                                {12370001},                         // cut short
-                                            });
+  // A text table's magic, wrong bucket magic, cut short.
+  expectBadDescriptions<CFileStorage>(
+      path, {{12350001, 20, 12340001, 2, 0, 0}, {12370001, 20, 12340002, 2, 0, 0}, {12370001}});
 }

@@ -20,17 +20,11 @@ class TextStorage : public ::testing::Test {
 
 TEST_F(TextStorage, HashFoldsCaseAndAddsSignedBytes) {
   // h = h * 33 + folded byte taken as signed, wrapping at 32 bits; 1000 buckets.
+  // DEL folds to 0 and ends the hashed part; 0xE9 adds 2^32 - 23 and 0xC9 folds to it.
+  // clang-format off
   const std::pair<const char *, uint32_t> cases[] = {
-      {"", 0},
-      {"Q", 113},
-      {"ab", 299},
-      {"AB", 299},
-      {"ab\x7F"
-       "cd",
-       299},          // DEL folds to 0 and ends the hashed part
-      {"\xE9", 273},  // 2^32 - 23
-      {"\xC9", 273},  // folds to 0xE9
-  };
+      {"", 0}, {"Q", 113}, {"ab", 299}, {"AB", 299}, {"ab\x7F" "cd", 299}, {"\xE9", 273}, {"\xC9", 273}};
+  // clang-format on
   CTextStorage t(dir.file("words"), 1024, 4096, 0, 1000);
   for (const auto &[text, bucket] : cases) EXPECT_EQ(t.getHash(text), bucket) << text;
 }
@@ -103,10 +97,9 @@ TEST_F(TextStorage, ClosedAndReopenedTableGivesBackEveryEntry) {
 TEST_F(TextStorage, BadDescriptionRaisesStorageReadError) {
   const std::string path = dir.file("words");
   { CTextStorage made(path, 1024, 4096, 0, 2); }
-  expectBadDescriptions<CTextStorage>(path, {
-                                                {12350002, 4, 0, 12340001, 2, 0, 0},  // wrong table magic
-                                                {12350001, 4, 0, 12340002, 2, 0, 0},  // wrong bucket magic
-                                                {12350001, 4},                        // cut short
-                                                {12350001, 4, 0, 12340001, 2, 0},     // buckets cut short
-                                            });
+  // Wrong table magic, wrong bucket magic, cut short, buckets cut short.
+  // clang-format off
+  expectBadDescriptions<CTextStorage>(path, {{12350002, 4, 0, 12340001, 2, 0, 0}, {12350001, 4, 0, 12340002, 2, 0, 0},
+                                             {12350001, 4}, {12350001, 4, 0, 12340001, 2, 0}});
+  // clang-format on
 }
