@@ -35,12 +35,12 @@ class DisplayTest : public AnalyzerTest {
   }
 };
 
-const std::vector<StripCase> &stripCases() {
+TEST_F(DisplayTest, StripsEachSourceToTheExpectedText) {
   using namespace std::string_literals;
   // The last space written ends up as a line feed (the first byte when there
   // is no space at all), so most sources end in " end".
   // clang-format off
-  static const std::vector<StripCase> cases = {
+  const StripCase cases[] = {
       {"CrLfIsOneLineFeed", "ab\r\ncd end", 0, "ab\ncd\nend"},
       {"LoneCrIsOneLineFeed", "ab\rcd end", 0, "ab\ncd\nend"},
       {"LoneLfIsOneLineFeed", "ab\ncd end", 0, "ab\ncd\nend"},
@@ -60,11 +60,7 @@ const std::vector<StripCase> &stripCases() {
       {"WrapWithoutSpaceBreaksFirstByte", "abcdefgh", 4, "\nbcdefgh"},
       {"Empty", "", 0, ""}};
   // clang-format on
-  return cases;
-}
-
-TEST_F(DisplayTest, StripsEachSourceToTheExpectedText) {
-  for (const StripCase &c : stripCases()) EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected) << c.name;
+  for (const StripCase &c : cases) EXPECT_EQ(strip(c.source, c.wrapWidth), c.expected) << c.name;
 }
 
 }  // namespace

@@ -11,16 +11,13 @@
 using namespace kurvo_cli;
 
 TEST(JsonValues, PathsThatAreNotUtf8TravelAsBase64Too) {
+  // clang-format off
   const struct {
     std::string path;
     bool valid;
-  } cases[] = {{"/home/a/caf\xC3\xA9.txt", true},
-               {"/home/a/caf\xE9.txt", false},
-               {"/x/\xF0\x9F\x98\x80", true},
-               {"/x/\xC0\xAF", false},
-               {"/x/\xED\xA0\x80", false},
-               {"/x/\xE2\x82", false},
-               {"", true}};
+  } cases[] = {{"/home/a/caf\xC3\xA9.txt", true}, {"/home/a/caf\xE9.txt", false}, {"/x/\xF0\x9F\x98\x80", true},
+               {"/x/\xC0\xAF", false}, {"/x/\xED\xA0\x80", false}, {"/x/\xE2\x82", false}, {"", true}};
+  // clang-format on
   for (const auto &c : cases) {
     EXPECT_EQ(isValidUtf8(c.path), c.valid) << c.path;
     nlohmann::json item = nlohmann::json::object();

@@ -8,21 +8,15 @@ using namespace kurvo_cli;
 namespace {
 
 RecordTable sampleTable() {
+  // 180 is deleted, 210 lies inside it, 240's parent is unknown, 330 and 360 loop.
+  // clang-format off
   const struct {
     uint32_t number, parent;
     const char *name;
-  } rows[] = {{36, 0, "/docs"},
-              {60, 36, "notes.txt"},
-              {90, 36, "docs.zip"},
-              {120, 90, "inner.tar"},
-              {150, 120, "notes.txt"},
-              {180, 36, "\xFFld.txt"},   // deleted
-              {210, 180, "member.txt"},  // inside a deleted file
-              {240, 999, "orphan.txt"},  // parent unknown
-              {270, 0, "/"},
-              {300, 270, "top.txt"},
-              {330, 360, "loop-a"},
-              {360, 330, "loop-b"}};
+  } rows[] = {{36, 0, "/docs"}, {60, 36, "notes.txt"}, {90, 36, "docs.zip"}, {120, 90, "inner.tar"},
+              {150, 120, "notes.txt"}, {180, 36, "\xFFld.txt"}, {210, 180, "member.txt"}, {240, 999, "orphan.txt"},
+              {270, 0, "/"}, {300, 270, "top.txt"}, {330, 360, "loop-a"}, {360, 330, "loop-b"}};
+  // clang-format on
   RecordTable t;
   for (const auto &r : rows) {
     FileRecord &record = t[r.number];
@@ -34,18 +28,14 @@ RecordTable sampleTable() {
 }
 
 TEST(RecordPaths, AreBuiltFromTheParentChain) {
+  // A folder, a deleted file, one inside it, a missing parent and a loop give no path.
+  // clang-format off
   const struct {
     uint32_t record;
     const char *path;
-  } cases[] = {{60, "/docs/notes.txt"},
-               {150, "/docs/docs.zip::inner.tar::notes.txt"},
-               {36, ""},   // a folder is no result
-               {180, ""},  // deleted
-               {210, ""},  // container deleted
-               {240, ""},  // parent missing
-               {300, "/top.txt"},
-               {330, ""},  // parent chain loops
-               {12345, ""}};
+  } cases[] = {{60, "/docs/notes.txt"}, {150, "/docs/docs.zip::inner.tar::notes.txt"}, {36, ""}, {180, ""}, {210, ""},
+               {240, ""}, {300, "/top.txt"}, {330, ""}, {12345, ""}};
+  // clang-format on
   RecordTable t = sampleTable();
   RecordPaths paths(t);
   for (const auto &c : cases) EXPECT_EQ(paths.filePath(c.record), c.path) << "record " << c.record;
