@@ -8,45 +8,29 @@ using namespace kurvo_test;
 
 namespace {
 
-// Shows a fixed text and notes the bytes of each file it was
-// asked for, as they were at that moment.
-class FixedTextAnalyzer : public CFileAnalyzer {
- public:
-  FixedTextAnalyzer(CKurvoIndex *index, std::string text) : CFileAnalyzer(index), m_text(std::move(text)) {}
-
+// Shows a fixed text and notes the bytes of each file it was asked for, as they were at that moment.
+struct FixedTextAnalyzer : CFileAnalyzer {
+  FixedTextAnalyzer(CKurvoIndex *index, std::string text) : CFileAnalyzer(index), text(std::move(text)) {}
   char *fillDisplayBuffer(const char *path, unsigned long, unsigned long, int, bool) override {
     seenBytes.push_back(readFile(path));
-    return strdup(m_text.c_str());
+    return strdup(text.c_str());
   }
-
+  std::string text;
   std::vector<std::string> seenBytes;
-
- private:
-  std::string m_text;
 };
 
 // An archive whose members are written as "member <name> of <archive bytes>".
-class FakeArchiveAnalyzer : public CFileAnalyzer {
- public:
-  explicit FakeArchiveAnalyzer(CKurvoIndex *index, bool fail = false) : CFileAnalyzer(index), m_fail(fail) {}
-
+struct FakeArchiveAnalyzer : CFileAnalyzer {
+  explicit FakeArchiveAnalyzer(CKurvoIndex *index, bool fail = false) : CFileAnalyzer(index), fail(fail) {}
   bool extractToTempFile(const char *archivePath, const char *memberName, const char *tempPath,
                          unsigned long memberNumber) override {
-    calls.push_back({archivePath, tempPath, memberNumber, exists(archivePath)});
-    if (m_fail) return false;
-    writeFile(tempPath, std::string("member ") + memberName + " of " + readFile(archivePath));
-    return true;
+    calls.emplace_back(archivePath, tempPath, memberNumber, exists(archivePath));
+    if (!fail) writeFile(tempPath, std::string("member ") + memberName + " of " + readFile(archivePath));
+    return !fail;
   }
-
-  struct Call {
-    std::string archivePath, tempPath;
-    unsigned long memberNumber;
-    bool archiveExisted;
-  };
-  std::vector<Call> calls;
-
- private:
-  bool m_fail;
+  bool fail;
+  // Archive path, temporary path, member number, whether the archive existed.
+  std::vector<std::tuple<std::string, std::string, unsigned long, bool>> calls;
 };
 
 class ContentsTest : public ::testing::Test {
@@ -131,13 +115,8 @@ TEST_F(ContentsTest, MemberOfNestedArchivesIsExtractedLevelByLevel) {
 
   std::string zipTemp = index->temporaryDirectory + "/tmp" + std::to_string(zip) + ".zip";
   std::string docTemp = index->temporaryDirectory + "/tmp" + std::to_string(doc) + ".README";
-  ASSERT_EQ(archive->calls.size(), 2u);
-  const auto call = [&](int i) {
-    const auto &c = archive->calls[i];
-    return std::make_tuple(c.archivePath, c.tempPath, c.memberNumber, c.archiveExisted);
-  };
-  EXPECT_EQ(call(0), std::make_tuple(folderPath + "/outer.tar", zipTemp, (unsigned long)zip, true));
-  EXPECT_EQ(call(1), std::make_tuple(zipTemp, docTemp, (unsigned long)doc, true));
+  EXPECT_EQ(archive->calls,
+            (decltype(archive->calls){{folderPath + "/outer.tar", zipTemp, zip, true}, {zipTemp, docTemp, doc, true}}));
   EXPECT_EQ(generic->seenBytes.at(0), "member README of member inner.zip of TAR");
   EXPECT_EQ(std::string(viewer->filePath()), docTemp);
   EXPECT_FALSE(exists(zipTemp) || exists(docTemp));
@@ -176,9 +155,7 @@ TEST_F(ContentsTest, LinesComeWithTheirLineFeedsUntilTheEnd) {
   EXPECT_STREQ(viewer->nextLine(), "one\n");
   EXPECT_STREQ(viewer->nextLine(), "\n");
   EXPECT_STREQ(viewer->nextLine(), "last");
-  for (int again = 0; again < 2; ++again) {
-    EXPECT_EQ(raised(messages, [&] { viewer->nextLine(); }).key, "EndOfContents");
-  }
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(raised(messages, [&] { viewer->nextLine(); }).key, "EndOfContents");
 }
 
 class HitSearchTest : public ContentsTest {

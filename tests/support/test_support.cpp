@@ -18,12 +18,9 @@ TempDir::TempDir() {
   const char *base = std::getenv("KURVO_TEST_TMP");
   std::string root = base && *base ? base : "/tmp";
   fs::create_directories(root);
-  std::string pattern = root + "/kurvo-XXXXXX";
-  std::vector<char> buf(pattern.begin(), pattern.end());
-  buf.push_back('\0');
-  char *made = mkdtemp(buf.data());
-  if (!made) throw std::runtime_error("mkdtemp failed");
-  m_path = std::string(made) + "/a/b/c/store/";
+  std::string made = root + "/kurvo-XXXXXX";
+  if (!mkdtemp(made.data())) throw std::runtime_error("mkdtemp failed");
+  m_path = made + "/a/b/c/store/";
   fs::create_directories(m_path);
 }
 
@@ -101,10 +98,7 @@ std::string wordBytes(const std::vector<uint32_t> &words) {
 }
 
 void setMTime(const std::string &path, int32_t seconds) {
-  struct timespec times[2];
-  times[0].tv_sec = seconds;
-  times[0].tv_nsec = 0;
-  times[1] = times[0];
+  const struct timespec times[2] = {{seconds, 0}, {seconds, 0}};
   utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);
 }
 

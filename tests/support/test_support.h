@@ -23,9 +23,8 @@
 
 namespace kurvo_test {
 
-// A fresh folder (ending in "/") under $KURVO_TEST_TMP or /tmp, deep enough
-// that the storage-path rules (four '/' from the end) always apply; removed
-// with everything in it when the object goes.
+// A fresh folder "a/b/c/store/" under $KURVO_TEST_TMP or /tmp, deep enough for the storage-path rules (four '/'
+// from the end); removed with everything in it when the object goes.
 class TempDir {
  public:
   TempDir();
@@ -56,8 +55,7 @@ inline std::ostream &operator<<(std::ostream &out, const Message &m) {
   return out << m.key << " (" << m.argument << ")";
 }
 
-// Installs recording callbacks for the life of the object and removes them
-// afterwards. statusAnswer is what the status callback returns.
+// Installs recording callbacks for the life of the object; statusAnswer is what the status callback returns.
 class CapturedMessages {
  public:
   CapturedMessages();
@@ -87,8 +85,7 @@ bool throwsKurvo(F &&f) {
   return false;
 }
 
-// Runs f and returns the error it raised through the callback, or a
-// "nothing raised" message when it did not throw.
+// Runs f and returns the error it raised through the callback, or "nothing raised" when it did not throw.
 template <typename F>
 Message raised(const CapturedMessages &messages, F &&f) {
   if (!throwsKurvo(f) || messages.errors.empty()) return {"nothing raised", ""};
@@ -136,19 +133,16 @@ void expectBadDescriptions(const std::string &path, const std::vector<std::vecto
 void setMTime(const std::string &path, int32_t seconds);
 int32_t mtimeOf(const std::string &path);
 
-// The folder above TempDir's "a/b/c/store/" chain, with a trailing '/'. Its
-// "a" child is the index's skipped folder.
+// The folder above TempDir's "a/b/c/store/" chain, with a trailing '/'; its "a" is the index's skipped folder.
 std::string scratchRoot(const TempDir &tmp);
 
 // Letters and digits make words; printable ASCII is shown; digits are non-alpha.
 void setWordMasks(CKurvoIndex &index);
 
-// Everything a run needs before its folders are walked: masks, limits, the
-// analyzers, "*.txt" -> "generic" and the given exclude patterns.
+// Everything a run needs before its walk: masks, limits, analyzers, "*.txt" -> "generic" and these excludes.
 void configureIndex(CKurvoIndex &index, const std::vector<std::string> &excludes = {});
 
-// A fresh index in tmp's storage folder, ready for indexDirectory; the skip
-// file holds skipWords, one a line.
+// A fresh index in tmp's storage folder, ready for indexDirectory; the skip file holds skipWords, one a line.
 std::unique_ptr<CKurvoIndex> startFullBuild(const TempDir &tmp, const std::string &skipWords = "",
                                             const std::vector<std::string> &excludes = {});
 
@@ -164,14 +158,12 @@ struct RecordCopy {
   std::string name;
 };
 
-// Records keyed by where they stand: a folder by its path, a file by its
-// folder's path + "/" + its stored name (0xFF first for deleted ones).
+// Records keyed by where they stand: a folder by its path, a file by its folder's path + "/" + its stored name.
 std::map<std::string, RecordCopy> recordsByPath(const CFileStorage &files);
 
 using FileLink = std::pair<uint32_t, unsigned>;  // file number, count byte
 
-// A word's files as a host reads them: the current file from the word data,
-// then each block from its list position up to the 0 slot, newest block first.
+// A word's files as a host reads them: the current file from the word data, then each block, newest first.
 struct WordFiles {
   uint32_t current = 0;
   unsigned counter = 0;
@@ -191,8 +183,7 @@ std::string displayText(CFileAnalyzer &analyzer, uint32_t file, const std::strin
 
 // ---- Fixtures ----
 
-// A fresh index for one analyzer's work: ASCII letters and digits make words,
-// '!' to '~' are shown, the built-in analyzers exist, and "doc.txt" is record fileNumber.
+// One analyzer's work: ASCII letters and digits make words, '!' to '~' are shown, "doc.txt" is record fileNumber.
 class AnalyzerTest : public ::testing::Test {
  protected:
   // Called again by table tests to start each case afresh.
@@ -223,18 +214,14 @@ class IndexRunTest : public ::testing::Test {
   std::map<std::string, RecordCopy> records() const { return recordsByPath(*index->files); }
   bool hasWord(const char *word) const { return index->words->lookup(word) != 0; }
   // Which of these paths below top have records, and which words are indexed.
-  std::set<std::string> recordedAmong(const std::set<std::string> &paths) const {
+  std::set<std::string> recordedAmong(std::set<std::string> paths) const {
     const auto found = records();
-    std::set<std::string> out;
-    for (const std::string &path : paths)
-      if (found.count(top + path)) out.insert(path);
-    return out;
+    for (auto it = paths.begin(); it != paths.end();) it = found.count(top + *it) ? std::next(it) : paths.erase(it);
+    return paths;
   }
-  std::set<std::string> indexedAmong(const std::set<std::string> &words) const {
-    std::set<std::string> out;
-    for (const std::string &word : words)
-      if (hasWord(word.c_str())) out.insert(word);
-    return out;
+  std::set<std::string> indexedAmong(std::set<std::string> words) const {
+    for (auto it = words.begin(); it != words.end();) it = hasWord(it->c_str()) ? std::next(it) : words.erase(it);
+    return words;
   }
 
   CapturedMessages messages;

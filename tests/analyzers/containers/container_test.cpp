@@ -119,9 +119,7 @@ TEST_F(Containers, ArchivesGiveTheirMembersAndWords) {
     EXPECT_EQ(members(), c.members);
     std::map<std::string, std::string> words = wordPlaces();
     for (const auto &[word, place] : c.words) EXPECT_EQ(words[word], place) << word;
-    if (c.archive != "ustar-long.tar") {
-      EXPECT_EQ(words.count("kiwi"), 0u);
-    }
+    EXPECT_TRUE(c.archive == "ustar-long.tar" || !words.count("kiwi"));
     EXPECT_TRUE(tempIsEmpty());
   }
 }
@@ -182,9 +180,8 @@ TEST_F(Containers, AMailboxGivesItsMessagesAndNamedAttachments) {
       {"toucan", "inbox.mbox::fay@example.org 2004-05-10 11:00:00-0.txt"}};
   std::map<std::string, std::string> words = wordPlaces();
   for (const auto &[word, place] : expected) EXPECT_EQ(words[word], place) << word;
-  std::set<std::string> names;
+  std::set<std::string> names, expectedNames;
   for (const auto &[name, size] : members()) names.insert(name);
-  std::set<std::string> expectedNames;
   for (const auto &[word, place] : expected) expectedNames.insert(place);
   EXPECT_EQ(names, expectedNames) << "no document for the undated or base64 bodies";
   EXPECT_EQ(words.count("penguin"), 0u);
@@ -215,8 +212,7 @@ TEST_F(Containers, HostileArchivesCostOneFileAndSaySoOnce) {
   indexArchive(name, true, tmp.path() + "data/");
   EXPECT_EQ(wordPlaces().count("selfword"), 0u);
   ASSERT_EQ(messages.statuses.size(), 2u);
-  EXPECT_EQ(messages.statuses[0].key, "ArchiveTooLarge");
-  EXPECT_EQ(messages.statuses[0].argument, kArchives + "bomb.txt.gz.gz");
+  EXPECT_EQ(messages.statuses[0], (Message{"ArchiveTooLarge", kArchives + "bomb.txt.gz.gz"}));
   EXPECT_EQ(messages.statuses[1].key, "ArchiveTooDeep");
   EXPECT_TRUE(tempIsEmpty());
 
@@ -239,8 +235,6 @@ TEST_F(Containers, HostileArchivesCostOneFileAndSaySoOnce) {
     const std::string path = tmp.path() + "data/" + file;
     const uint32_t record = index->files->addFile(file.c_str());
     index->analyzerThatMatches(path.c_str())->indexFile(path.c_str(), record);
-    if (file.find(".mbox") == std::string::npos) {
-      EXPECT_TRUE(tempIsEmpty());
-    }
+    EXPECT_TRUE(file.find(".mbox") != std::string::npos || tempIsEmpty());
   }
 }
