@@ -53,9 +53,7 @@ TEST_F(AnalyzerTest, BytesIndexingStatusOnlyAboveLevelOne) {
   EXPECT_TRUE(messages.statuses.empty());
   index->ShowStatus = 2;
   analyzer->indexFile(path.c_str(), fileNumber);
-  ASSERT_EQ(messages.statuses.size(), 1u);
-  EXPECT_EQ(messages.statuses[0].key, "BytesIndexing");
-  EXPECT_EQ(messages.statuses[0].argument, "22.000000\t" + path);
+  EXPECT_EQ(messages.statuses, (std::vector<Message>{{"BytesIndexing", "22.000000\t" + path}}));
 }
 
 }  // namespace

@@ -39,17 +39,16 @@ ScoredFiles run(FakeSource &source, const std::string &query) {
 }
 
 TEST(QueryEval, FilesAndScores) {
+  // AND intersects and adds scores; an exclusion removes files without scoring; a wildcard sums its words.
+  // clang-format off
   const struct {
     const char *query;
     ScoredFiles expected;
-  } cases[] = {{"apple pear", {{2, 6}, {3, 3}}},  // AND intersects and adds scores
-               {"apple | pear", {{1, 3}, {2, 6}, {3, 3}}},
-               {"apple -pear", {{1, 3}}},  // exclusion removes files without scoring
-               {"apple -(pear | plum)", {{1, 3}}},
-               {"(pear | plum) apple", {{2, 6}, {3, 3}}},
-               {"pear | plum apricot", {{2, 5}, {3, 1}, {4, 3}}},
-               {"ap*", {{1, 3}, {2, 1}, {3, 2}, {4, 2}}},  // a wildcard sums its words
+  } cases[] = {{"apple pear", {{2, 6}, {3, 3}}}, {"apple | pear", {{1, 3}, {2, 6}, {3, 3}}}, {"apple -pear", {{1, 3}}},
+               {"apple -(pear | plum)", {{1, 3}}}, {"(pear | plum) apple", {{2, 6}, {3, 3}}},
+               {"pear | plum apricot", {{2, 5}, {3, 1}, {4, 3}}}, {"ap*", {{1, 3}, {2, 1}, {3, 2}, {4, 2}}},
                {"apple quince", {}}};
+  // clang-format on
   for (const auto &c : cases) {
     FakeSource s;
     EXPECT_EQ(run(s, c.query), c.expected) << c.query;

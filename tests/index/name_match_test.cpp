@@ -43,16 +43,14 @@ TEST_F(NameMatch, FileNameMatchEvaluatesTheWholePattern) {
 }
 
 TEST_F(NameMatch, DirMatchTellsWhetherAFolderCanLeadToThePattern) {
-  const MatchCase cases[] = {{"/Users/bob", "/Users/*/Documents/*.txt", 1},
-                             {"/Applications", "/Users/*.txt", 0},
-                             {"/anything", "*.txt", 1},
-                             {"/users/BOB/documents/", "/Users/*/Documents/*.txt", 1},
-                             // The folder itself, without its separator, still owes the pattern a '/'.
-                             {"/users/BOB/documents", "/Users/*/Documents/*.txt", 0},
-                             {"/Users/bob/Music", "/Users/*/Documents/*.txt", 0},
-                             {"C:\\Data\\Sub", "C:\\Data\\*.txt", 1},
-                             {"", "/x/", 0},
-                             {"/a", "", 1}};
+  // The folder itself, without its separator, still owes the pattern a '/'.
+  // clang-format off
+  const MatchCase cases[] = {
+      {"/Users/bob", "/Users/*/Documents/*.txt", 1}, {"/Applications", "/Users/*.txt", 0}, {"/anything", "*.txt", 1},
+      {"/users/BOB/documents/", "/Users/*/Documents/*.txt", 1}, {"/users/BOB/documents", "/Users/*/Documents/*.txt", 0},
+      {"/Users/bob/Music", "/Users/*/Documents/*.txt", 0}, {"C:\\Data\\Sub", "C:\\Data\\*.txt", 1}, {"", "/x/", 0},
+      {"/a", "", 1}};
+  // clang-format on
   for (const MatchCase &c : cases) EXPECT_EQ(dirMatch(c.name, c.pattern), c.expected) << describe(c);
 }
 

@@ -124,15 +124,13 @@ TEST_F(WordIndexing, SkipFileWordsAreSplitLowerCasedAndShortFinalFragmentsDroppe
     const char *contents;
     std::vector<const char *> skippedWords, notSkipped;
   };
+  // A final fragment of one or two bytes is dropped; the table is rebuilt each time.
+  // clang-format off
   const Case cases[] = {
       {"The AND, of\n\nin-to 'tis don't\n", {"the", "and", "of", "in", "to", "tis", "don't"}, {"'tis"}},
-      {"alpha ab", {"alpha"}, {"ab"}},  // a final fragment of one or two bytes is dropped
-      {"alpha a", {"alpha"}, {"a"}},
-      {"ab", {}, {"ab"}},
-      {"alpha ab\n", {"ab"}, {}},
-      {"alpha abc", {"abc"}, {}},
-      {"ab\r\n", {"ab"}, {"alpha"}},  // the table is rebuilt each time
-  };
+      {"alpha ab", {"alpha"}, {"ab"}}, {"alpha a", {"alpha"}, {"a"}}, {"ab", {}, {"ab"}}, {"alpha ab\n", {"ab"}, {}},
+      {"alpha abc", {"abc"}, {}}, {"ab\r\n", {"ab"}, {"alpha"}}};
+  // clang-format on
   for (const Case &c : cases) {
     loadSkipFile(c.contents);
     for (const char *word : c.skippedWords) EXPECT_TRUE(skipped(word)) << c.contents << word;

@@ -31,13 +31,11 @@ class WordOrder : public ::testing::Test {
 
 TEST_F(WordOrder, PrefixesGiveTheirWordsInByteOrder) {
   using Texts = std::vector<std::string>;
-  const std::pair<std::string, Texts> cases[] = {{"al", {"al", "alp", "alpha", "alpine"}},
-                                                 {"alph", {"alpha"}},
-                                                 {"b", {"beta", "b\xE9"}},
-                                                 {"", {"al", "alp", "alpha", "alpine", "beta", "b\xE9", "zeta"}},
-                                                 {"zeta", {"zeta"}},
-                                                 {"zz", {}},
-                                                 {"A", {}}};
+  // clang-format off
+  const std::pair<std::string, Texts> cases[] = {
+      {"al", {"al", "alp", "alpha", "alpine"}}, {"alph", {"alpha"}}, {"b", {"beta", "b\xE9"}},
+      {"", {"al", "alp", "alpha", "alpine", "beta", "b\xE9", "zeta"}}, {"zeta", {"zeta"}}, {"zz", {}}, {"A", {}}};
+  // clang-format on
   for (const auto &[prefix, texts] : cases) EXPECT_EQ(withPrefix(prefix), texts) << prefix;
   EXPECT_EQ(wordAt(readFile(path), 0), kWordOrderMagic);
 }
@@ -46,11 +44,11 @@ TEST_F(WordOrder, AStaleOrDamagedFileGivesNoAnswer) {
   const std::string sound = readFile(path);
   std::string badEntry = sound;
   store32(&badEntry[12], 3);
-  const std::pair<const char *, std::string> files[] = {{"missing", ""},
-                                                        {"cut", sound.substr(0, sound.size() - 4)},
-                                                        {"longer", sound + std::string(4, '\0')},
-                                                        {"magic", "x" + sound.substr(1)},
-                                                        {"not an entry", badEntry}};
+  // clang-format off
+  const std::pair<const char *, std::string> files[] = {
+      {"missing", ""}, {"cut", sound.substr(0, sound.size() - 4)}, {"longer", sound + std::string(4, '\0')},
+      {"magic", "x" + sound.substr(1)}, {"not an entry", badEntry}};
+  // clang-format on
   for (const auto &[name, bytes] : files) {
     writeFile(path, bytes);
     EXPECT_EQ(withPrefix("al"), std::vector<std::string>{"none"}) << name;
