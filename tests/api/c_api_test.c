@@ -2,7 +2,6 @@
 #include "kurvo.h"
 
 #include <dlfcn.h>
-#include <ftw.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -22,16 +21,6 @@ static int errorCount = 0;
 static void onMessage(const char *key, const char *argument) {
   snprintf(lastError, sizeof lastError, "%s %s", key, argument);
   ++errorCount;
-}
-
-static int onStatus(const char *key, const char *argument, int fromLibrary) {
-  (void)key, (void)argument, (void)fromLibrary;
-  return 1;
-}
-
-static int removeEntry(const char *path, const struct stat *st, int kind, struct FTW *walk) {
-  (void)st, (void)kind, (void)walk;
-  return remove(path);
 }
 
 static void writeText(const char *path, const char *text) {
@@ -112,7 +101,7 @@ int main(int argc, char **argv) {
 
   kSetThrowCallBack(onMessage);
   kSetWarningCallBack(onMessage);
-  kSetStatusCallBack(onStatus);
+  kSetStatusCallBack(NULL); /* every status answered "go on" */
   CHECK(kGetVersion() == KURVO_VERSION_MAJOR * 10000 + KURVO_VERSION_MINOR * 100 + KURVO_VERSION_PATCH,
         "library and header versions");
 
@@ -148,6 +137,6 @@ int main(int argc, char **argv) {
   CHECK(errorCount == 0, "querying");
 
   printf("c_api_test: all checks passed\n");
-  nftw(base, removeEntry, 16, FTW_DEPTH | FTW_PHYS);
-  return 0;
+  snprintf(path, sizeof path, "rm -rf %s", base);
+  return system(path);
 }
