@@ -78,9 +78,7 @@ TEST_F(ExternalAnalyzerTest, TheListIsReadBesideTheIndexWithItsLimits) {
   declare("html\ntxt\ncp %i %o\nbroken\ntxt\ncat %i\n");
   EXPECT_NE(dynamic_cast<CExternalAnalyzer *>(index->analyzerNamed("html")), nullptr);
   EXPECT_EQ(index->analyzerNamed("broken"), nullptr);
-  ASSERT_EQ(messages.statuses.size(), 1u);
-  EXPECT_EQ(messages.statuses[0].key, "ExternalAnalyzerRejected");
-  EXPECT_EQ(messages.statuses[0].argument, "broken");
+  EXPECT_EQ(messages.statuses, (std::vector<Message>{{"ExternalAnalyzerRejected", "broken"}}));
 
   EXPECT_FALSE(throwsKurvo([&] { declare(std::string(65534, '#')); }));
   EXPECT_EQ(raised(messages, [&] { declare(std::string(65535, '#')); }).key, "externalAnalyzersFileTooBig");
