@@ -1,4 +1,4 @@
-// An index's life in its storage folder: emptying, storing, reopening, skip file.
+// An index's life in its storage folder: where it lies, emptying, storing, reopening, the skip file.
 
 #include <algorithm>
 
@@ -55,4 +55,40 @@ TEST(Lifecycle, StoringTwiceAndTheRefusals) {
             (Message{"SkipOpenFail", fresh.configurationFolder() + "skipfile.txt"}));
   ASSERT_NE(fresh.skipWords, nullptr);
   EXPECT_EQ(fresh.skipWords->getFirst(), 0u);
+}
+
+TEST(Lifecycle, SkippedFolderIsCutBeforeTheFourthSlashFromTheEnd) {
+  // The storage folder is ".../a/b/c/store/": the cut falls before "/b".
+  TempDir dir;
+  const std::string &path = dir.path();
+  const std::string above = path.substr(0, path.size() - std::string("/b/c/store/").size());
+  EXPECT_EQ(CKurvoIndex(true, path).skippedFolder, above);
+  EXPECT_EQ(CKurvoIndex(true, path).configurationFolder(), above + "/");
+  // Without the trailing '/' the cut falls one level higher, before "/a".
+  const std::string bare = path.substr(0, path.size() - 1);
+  EXPECT_EQ(CKurvoIndex(true, bare).skippedFolder, bare.substr(0, bare.size() - std::string("/a/b/c/store").size()));
+}
+
+// A reopened index is mapped read-only; walking a tree into it must not fault.
+TEST(Lifecycle, AReopenedIndexWalkingTheSameTreeAgainRewritesKnownRecords) {
+  TempDir tmp;
+  const std::string tree = scratchRoot(tmp) + "tree";
+  writeFile(tree + "/sub/one.txt", "alpha beta\n");
+  {
+    auto index = startFullBuild(tmp);
+    const uint32_t top = addTopFolder(*index, tree);
+    index->indexDirectory(tree.c_str(), top);
+    index->compressLinks();
+    index->storeStorage(tmp.path());
+  }
+  CKurvoIndex reopened(false, tmp.path());
+  ASSERT_FALSE(reopened.files->isWritable());
+  configureIndex(reopened);
+  // No analyzer: this walk only rewrites records (words need a word-link list).
+  reopened.setIncludeCount(0);
+  const uint32_t top = reopened.files->lookupFile(tree.c_str(), 0);
+  ASSERT_NE(top, 0u);
+  reopened.indexDirectory(tree.c_str(), top);
+  // Both records were found again by name and parent, none added.
+  EXPECT_EQ(recordsByPath(*reopened.files).size(), 3u);
 }
