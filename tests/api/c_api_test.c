@@ -110,7 +110,7 @@ int main(int argc, char **argv) {
   CHECK(mkdtemp(base) != NULL, base);
   snprintf(storage, sizeof storage, "%s/a/b/c/store/", base);
   snprintf(docs, sizeof docs, "%s/docs", base);
-  snprintf(path, sizeof path, "mkdir -p %s %s", storage, docs);
+  snprintf(path, sizeof path, "mkdir -p '%s' '%s'", storage, docs);
   CHECK(system(path) == 0, path);
   snprintf(path, sizeof path, "%s/alpha.txt", docs);
   writeText(path, "the quick brown fox\njumps over the lazy dog\nbrown bread again\n");
@@ -137,6 +137,6 @@ int main(int argc, char **argv) {
   CHECK(errorCount == 0, "querying");
 
   printf("c_api_test: all checks passed\n");
-  snprintf(path, sizeof path, "rm -rf %s", base);
+  snprintf(path, sizeof path, "rm -rf '%s'", base);
   return system(path);
 }
