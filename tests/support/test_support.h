@@ -74,13 +74,13 @@ class CapturedMessages {
   const Message *lastError() const { return errors.empty() ? nullptr : &errors.back(); }
 };
 
-// Runs f and returns true when it threw the library's int exception.
+// Runs f and returns true when it threw the library's exception, the int 1.
 template <typename F>
 bool throwsKurvo(F &&f) {
   try {
     f();
-  } catch (int) {
-    return true;
+  } catch (int value) {
+    return value == 1;
   }
   return false;
 }
