@@ -1,18 +1,7 @@
-// The parser of "externanalyzers.txt" and the registry's reading of it.
+// The parser of "externanalyzers.txt".
 #include "analyzers/external_analyzer_list.h"
 
-#include <cstdio>
-#include <memory>
-
-#include "analyzers/external_analyzer.h"
-#include "report/message_keys.h"
-#include "report/reporting.h"
-#include "index/kurvo_index.h"
-
 namespace {
-
-// A list of this many bytes or more is refused whole.
-constexpr unsigned long kMaxListSize = 65535;
 
 std::string trimmedLine(const char *start, const char *end) {
   while (end > start && (end[-1] == ' ' || end[-1] == '\t')) --end;
@@ -61,26 +50,4 @@ bool hasBothPlaceholdersOnce(const std::string &command) {
     if (command[i + 1] == 'o') ++outputs;
   }
   return inputs == 1 && outputs == 1;
-}
-
-void CKurvoIndex::readExternalAnalyzers() {
-  const std::string path = configurationFolder() + "externanalyzers.txt";
-  FILE *file = std::fopen(path.c_str(), "rb");
-  if (!file) return;
-  std::unique_ptr<char[]> buffer(new char[kMaxListSize]);
-  const unsigned long length = std::fread(buffer.get(), 1, kMaxListSize, file);
-  std::fclose(file);
-  if (length == kMaxListSize) throwKurvoError(kurvo_keys::kExternalAnalyzersFileTooBig, path);
-
-  for (ExternalAnalyzerEntry &entry : parseExternalAnalyzerList(buffer.get(), length)) {
-    // An entry that cannot run is left out when read, and the host is told
-    // which; the rest of the list still counts.
-    if (!hasBothPlaceholdersOnce(entry.command)) {
-      setStatus(kurvo_keys::kExternalAnalyzerRejected, entry.name);
-      continue;
-    }
-    CFileAnalyzer *&slot = analyzers[entry.name];
-    delete slot;
-    slot = new CExternalAnalyzer(this, entry.extension.c_str(), entry.command.data());
-  }
 }
