@@ -172,6 +172,16 @@ struct WordFiles {
     return current == o.current && counter == o.counter && blocks == o.blocks;
   }
 };
+// Failures show a word's files as "current/counter [file:count ...] [...]".
+inline std::ostream &operator<<(std::ostream &out, const WordFiles &w) {
+  out << w.current << '/' << w.counter;
+  for (const auto &block : w.blocks) {
+    out << " [";
+    for (const auto &[file, count] : block) out << ' ' << file << ':' << count;
+    out << " ]";
+  }
+  return out;
+}
 WordFiles readWordFiles(const CKurvoIndex &index, uint32_t word);
 
 std::map<std::string, uint32_t> allWords(const CTextStorage &words);
