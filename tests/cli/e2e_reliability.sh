@@ -105,7 +105,8 @@ L="$WORK/long"
 mkdir -p "$L"
 ( cd "$L" && for i in $(seq 1 20); do d=$(printf 'd%.0s' $(seq 1 250)); mkdir "$d" && cd "$d" || exit 1; done; echo deep >deep.txt )
 head -c 3000 /dev/zero | tr '\0' 'a' >"$L/big.txt"
-shows "Left out: 1 files read only up to --max-file-read, 1 paths too long for the system" "skips counted by reason" --index skips index "$L" --max-file-read 1024 --verbose
+shows "Left out: 1 files read only up to --max-file-read, 1 paths too long for the system" "skips counted by reason" \
+  --index skips index "$L" --max-file-read 1024 --verbose
 case "$ERR" in *"files read only up to --max-file-read: $L/big.txt"*) ;; *) fail "--verbose lists what was cut" ;; esac
 
 # A file put back older than the last run, and a FIFO in a changed folder.
